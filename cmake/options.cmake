@@ -1,0 +1,36 @@
+# Settings of our own targets; nothing here reaches a program that uses the library.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 99)
+set(CMAKE_C_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+# For every target of the project, tests and tools included.
+add_library(oci_number_options INTERFACE)
+target_compile_options(oci_number_options INTERFACE
+  -Wall -Wextra -Wshadow -Wconversion -Wsign-conversion -Wformat=2
+  # Log lines and binaries name source files from the project's root.
+  -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=
+  $<$<BOOL:${OCI_NUMBER_WERROR}>:-Werror>)
+if(OCI_NUMBER_SANITIZE)
+  target_compile_options(oci_number_options INTERFACE
+    -fsanitize=${OCI_NUMBER_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(oci_number_options INTERFACE -fsanitize=${OCI_NUMBER_SANITIZE})
+endif()
+
+# For the library's own units.
+add_library(oci_number_library_options INTERFACE)
+target_link_libraries(oci_number_library_options INTERFACE oci_number_options)
+target_include_directories(oci_number_library_options INTERFACE
+  ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
+target_compile_definitions(oci_number_library_options INTERFACE _GNU_SOURCE)
+target_compile_options(oci_number_library_options INTERFACE
+  -fvisibility=hidden
+  $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fvisibility-inlines-hidden>)

@@ -1,0 +1,230 @@
+/* The number interface: OCINumber values, the functions on them, and the two
+ * handles that they need.
+ *
+ * Compiles alone as C99 and as C++. A first program:
+ *
+ *   #include <oci.h>
+ *   #include <stdio.h>
+ *
+ *   int main(void) {
+ *       OCIEnv *env;
+ *       OCIError *err;
+ *       OCINumber n;
+ *       int value = -123, back;
+ *       if (OCIEnvCreate(&env, OCI_DEFAULT, NULL, NULL, NULL, NULL, 0, NULL)) return 1;
+ *       if (OCIHandleAlloc(env, (void **)&err, OCI_HTYPE_ERROR, 0, NULL)) return 1;
+ *       if (OCINumberFromInt(err, &value, sizeof value, OCI_NUMBER_SIGNED, &n)) return 1;
+ *       if (OCINumberToInt(err, &n, sizeof back, OCI_NUMBER_SIGNED, &back)) return 1;
+ *       printf("%d\n", back);
+ *       OCIHandleFree(env, OCI_HTYPE_ENV);
+ *       return 0;
+ *   }
+ *
+ * CONVENTIONS, for every OCINumber function
+ *
+ * Arguments are checked in the order of the parameters; they are numbered from
+ * 1, the error handle being argument 1. The first failure ends the call.
+ *
+ *   err null          OCI_INVALID_HANDLE; nothing is written.
+ *   a null pointer    OCI_ERROR, error 21560 naming the argument.
+ *   a number whose    OCI_ERROR, error 22060 naming the argument: the length
+ *   length byte is    byte is 0 (an uninitialised number) or above 21. It is
+ *   not 1 to 21       tested right after the number's own null test.
+ *
+ * No other byte of a number is validated. Whatever its bytes hold, no function
+ * reads or writes beyond its 22 bytes.
+ *
+ * A result is written only when the status is OCI_SUCCESS. A failure writes the
+ * error number and message into `err` (OCIErrorGet reads them); a success
+ * leaves there what was there before. A message has the form "OCI-21560: text";
+ * some end with a line feed. The number 602 stands for failures without a
+ * number of the interface; their messages have no prefix.
+ *
+ * Calls and results are traced in the log at level DEBUG, failures at ERROR;
+ * see oci_number_log.h.
+ *
+ * Threads: the functions keep no state and take no lock. Any number of threads
+ * may call them at once, each with an error handle and result of its own.
+ * Results do not depend on the locale, the rounding mode or errno. */
+#ifndef OCI_H
+#define OCI_H
+
+#include <stddef.h>
+
+#include "oratypes.h"
+
+/* The version of this library. */
+#define OCI_NUMBER_VERSION_MAJOR 0
+#define OCI_NUMBER_VERSION_MINOR 1
+#define OCI_NUMBER_VERSION_PATCH 0
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- Numbers ------------------------------------------------------------ */
+
+#define OCI_NUMBER_SIZE 22
+
+/* A signed decimal value of up to 40 significant digits, or an infinity.
+ *
+ *   byte 0            length byte: how many bytes of the value follow, 1 to 21
+ *   byte 1            exponent byte: 193 + E, or 62 - E for a negative value,
+ *                     where 100^E is the weight of the first digit byte
+ *   byte 2 and on     digit bytes, base 100: digit + 1, or 101 - digit for a
+ *                     negative value
+ *   after these       the ending byte 102, for a negative value with fewer
+ *                     than 20 digit bytes; the length byte counts it
+ *
+ * Zero is 1, 128; positive infinity 2, 255, 101; negative infinity 1, 0. Bytes
+ * beyond the length byte's count are not part of the value. */
+typedef struct OCINumber {
+    ub1 OCINumberPart[OCI_NUMBER_SIZE];
+} OCINumber;
+
+/* Statuses. */
+#define OCI_SUCCESS 0
+#define OCI_NO_DATA 100
+#define OCI_ERROR (-1)
+#define OCI_INVALID_HANDLE (-2)
+
+/* Sign flags of the integer conversions. */
+#define OCI_NUMBER_UNSIGNED 0
+#define OCI_NUMBER_SIGNED 2
+
+/* ---- Handles ------------------------------------------------------------ */
+
+/* The environment: parent of the error handles. */
+typedef struct OCIEnv OCIEnv;
+
+/* Takes the error number and message of a failed call. Concurrent calls must
+ * not share one. */
+typedef struct OCIError OCIError;
+
+#define OCI_DEFAULT 0 /* mode of OCIEnvCreate */
+
+#define OCI_HTYPE_ENV 1   /* handle type of an OCIEnv */
+#define OCI_HTYPE_ERROR 2 /* handle type of an OCIError */
+
+/* Longest message in an error handle, terminator included, in bytes. */
+#define OCI_ERROR_MAXMSG_SIZE2 3072
+
+/* Creates an environment handle and stores it at `envp`.
+ * `mode` and the four memory arguments of the interface (`ctxp`, `malocfp`,
+ * `ralocfp`, `mfreefp`) are accepted and not used. When `xtramem_sz` is not 0
+ * and `usrmempp` not null, `*usrmempp` receives that many bytes of the
+ * program's own, which live as long as the handle.
+ * Returns OCI_SUCCESS; OCI_INVALID_HANDLE when `envp` is null; OCI_ERROR when
+ * there is no memory (`*envp` is then unchanged). Safe from any thread. */
+OCI_NUMBER_API sword OCIEnvCreate(OCIEnv **envp, ub4 mode, void *ctxp,
+                                  void *(*malocfp)(void *ctxp, size_t size),
+                                  void *(*ralocfp)(void *ctxp, void *memptr, size_t newsize),
+                                  void (*mfreefp)(void *ctxp, void *memptr), size_t xtramem_sz,
+                                  void **usrmempp);
+
+/* Creates a handle of `type` under the environment `parenth` and stores it at
+ * `hndlpp`. Only OCI_HTYPE_ERROR can be allocated. `xtramem_sz` and `usrmempp`
+ * are as in OCIEnvCreate.
+ * Returns OCI_SUCCESS; OCI_INVALID_HANDLE when `parenth` is not a live
+ * environment, `hndlpp` is null or `type` is another; OCI_ERROR when there is
+ * no memory. `*hndlpp` is written only on success. Safe from any thread. */
+OCI_NUMBER_API sword OCIHandleAlloc(const void *parenth, void **hndlpp, const ub4 type,
+                                    const size_t xtramem_sz, void **usrmempp);
+
+/* Frees a handle of `type`: OCI_HTYPE_ERROR, or OCI_HTYPE_ENV with all error
+ * handles under it.
+ * Returns OCI_SUCCESS; OCI_INVALID_HANDLE when `hndlp` is null or is not a live
+ * handle of that type (one that was freed before is recognised), or `type` is
+ * another. Safe from any thread. */
+OCI_NUMBER_API sword OCIHandleFree(void *hndlp, const ub4 type);
+
+/* Reads the last error from the error handle `hndlp`.
+ * `recordno` counts from 1; a handle holds one record. `sqlstate` may be null;
+ * otherwise it receives the terminated SQL state (6 bytes), which the number
+ * functions leave empty. `*errcodep` receives the error number. `bufp` (may be
+ * null) receives the terminated message, at most `bufsiz` bytes of it.
+ * `type` must be OCI_HTYPE_ERROR.
+ * Returns OCI_SUCCESS; OCI_NO_DATA when there is no such record; OCI_ERROR when
+ * the message was cut to fit; OCI_INVALID_HANDLE when `hndlp` is not a live
+ * error handle, `errcodep` is null or `type` is another. */
+OCI_NUMBER_API sword OCIErrorGet(void *hndlp, ub4 recordno, OraText *sqlstate, sb4 *errcodep,
+                                 OraText *bufp, ub4 bufsiz, ub4 type);
+
+/* ---- Inspection, comparison, copy, constants ---------------------------- */
+
+/* Stores 1 in `*result` when `number` is zero, else 0; an infinity is not zero.
+ * Errors: 21560 (argument 2, 3), 22060 (argument 2). */
+OCI_NUMBER_API sword OCINumberIsZero(OCIError *err, const OCINumber *number, boolean *result);
+
+/* Stores 1 in `*result` when `number` has no fraction, else 0; an infinity is
+ * not an integer.
+ * Errors: 21560 (argument 2, 3), 22060 (argument 2). A length byte of 1 with an
+ * exponent byte other than 0 and 128 is OCI_ERROR with a line in the log and
+ * nothing in `err`. */
+OCI_NUMBER_API sword OCINumberIsInt(OCIError *err, const OCINumber *number, boolean *result);
+
+/* Stores -1, 0 or 1 in `*result`, the sign of `number`; infinities have signs.
+ * Errors: 21560 (argument 2, 3), 22060 (argument 2). */
+OCI_NUMBER_API sword OCINumberSign(OCIError *err, const OCINumber *number, sword *result);
+
+/* Stores in `*result` a negative value when `number1` is below `number2`, a
+ * positive one when it is above, 0 when both are equal. Only the sign carries
+ * meaning. The bytes are compared: equal values are found equal when they are
+ * stored alike, as all values in normal form are (first and last digit byte not
+ * zero). OCINumberFromInt writes 100 with a zero digit byte at its end; in that
+ * form it compares above the normal form of 100.
+ * Errors: 21560 (argument 2, 3, 4), 22060 (argument 2, 3). */
+OCI_NUMBER_API sword OCINumberCmp(OCIError *err, const OCINumber *number1,
+                                  const OCINumber *number2, sword *result);
+
+/* Copies all 22 bytes of `from` to `to`, which may be the same record.
+ * Errors: 21560 (argument 2, 3), 22060 (argument 2). */
+OCI_NUMBER_API sword OCINumberAssign(OCIError *err, const OCINumber *from, OCINumber *to);
+
+/* Sets `number` to zero; only its first two bytes are written.
+ * A null `err` is logged and the number still written. Error: 21560 (argument
+ * 2), when `err` is not null. */
+OCI_NUMBER_API void OCINumberSetZero(OCIError *err, OCINumber *number);
+
+/* Sets `number` to pi, rounded to 38 decimal places; writes all 22 bytes.
+ * A null `err` is logged and the number still written. Error: 21560 (argument
+ * 2), when `err` is not null. */
+OCI_NUMBER_API void OCINumberSetPi(OCIError *err, OCINumber *number);
+
+/* ---- Integers ----------------------------------------------------------- */
+
+/* Stores the integer part of `number` (truncated toward zero) at `rsl` as an
+ * integer of `rsl_length` bytes (1, 2, 4 or 8) in the machine's byte order,
+ * signed when `rsl_flag` is OCI_NUMBER_SIGNED, unsigned when it is
+ * OCI_NUMBER_UNSIGNED. `rsl` need not be aligned.
+ * Errors, in the order of the tests (all with OCI_ERROR):
+ *   602    `number` or `rsl` null, or another `rsl_flag`
+ *   22053  an infinity
+ *   1458   the number has no text of 44 characters or fewer, which happens for
+ *          values with more digits before or after the point than that (1E-50,
+ *          1E60), or it is not a well-formed number (a length byte of 0 or
+ *          above 21 included)
+ *   602    a negative number (-0.5 too) into an unsigned integer
+ *   22053  outside -9223372036854775808 .. 18446744073709551615
+ *   22057  another `rsl_length`
+ *   602    outside the range of the result
+ *
+ *   ub2 port;
+ *   OCINumberToInt(err, &n, sizeof port, OCI_NUMBER_UNSIGNED, &port); */
+OCI_NUMBER_API sword OCINumberToInt(OCIError *err, const OCINumber *number, uword rsl_length,
+                                    uword rsl_flag, void *rsl);
+
+/* Stores in `number` the exact value of the integer of `inum_length` bytes
+ * (1, 2, 4 or 8) at `inum`, signed or unsigned by `inum_s_flag`. `inum` need not
+ * be aligned. Zero digit pairs at the end are kept as digit bytes (100 becomes
+ * 3, 194, 2, 1); bytes beyond the value are left as they were.
+ * Errors: 21560 (argument 2; 3 when `inum_length` is 0; 4 for another
+ * `inum_s_flag`; 5), 22057 for another `inum_length`. */
+OCI_NUMBER_API sword OCINumberFromInt(OCIError *err, const void *inum, uword inum_length,
+                                      uword inum_s_flag, OCINumber *number);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,87 @@
+// The byte format of OCINumber: the one place where its rules are written.
+//
+// byte 0  length byte, 1 to 21: how many bytes of the value follow
+// byte 1  exponent byte: 193 + E, or the complement 62 - E when negative, where
+//         E, the real exponent, is the power of 100 of the first digit byte
+// byte 2  digit bytes, base 100: d + 1, or 101 - d when negative; then the
+//         ending byte 102 of a negative value with fewer than 20 digit bytes
+#pragma once
+
+#include "oci.h"
+
+namespace number_bytes {
+
+static_assert(sizeof(OCINumber) == 22 && alignof(OCINumber) == 1);
+
+inline constexpr unsigned max_digits = 20;
+inline constexpr ub1 max_length = 21;
+inline constexpr ub1 zero_exponent_byte = 128;
+inline constexpr ub1 ending_byte = 102;
+// Real exponents of finite values: 100^-64 to just below 100^63.
+inline constexpr int min_exponent = -64;
+inline constexpr int max_exponent = 62;
+
+// A length byte of 0 or above 21 marks a record that holds no number.
+inline bool has_valid_length(const OCINumber &n) {
+    return static_cast<ub1>(n.OCINumberPart[0] - 1) < max_length;
+}
+
+inline bool is_zero(const OCINumber &n) {
+    return n.OCINumberPart[0] == 1 && n.OCINumberPart[1] == zero_exponent_byte;
+}
+
+inline bool is_negative_infinity(const OCINumber &n) {
+    return n.OCINumberPart[0] == 1 && n.OCINumberPart[1] == 0;
+}
+
+inline bool is_positive_infinity(const OCINumber &n) {
+    return n.OCINumberPart[0] == 2 && n.OCINumberPart[1] == 255 && n.OCINumberPart[2] == 101;
+}
+
+inline bool is_negative(const OCINumber &n) { return n.OCINumberPart[1] < 128; }
+
+// The complement of the exponent byte turns the sign.
+constexpr int real_exponent(ub1 exponent_byte) {
+    return exponent_byte >= 128 ? exponent_byte - 193 : 62 - exponent_byte;
+}
+constexpr ub1 exponent_byte(bool negative, int exponent) {
+    return static_cast<ub1>(negative ? 62 - exponent : 193 + exponent);
+}
+
+// 102 - b turns the sign of a digit byte b. A byte outside its sign's range
+// decodes to a value above 99.
+constexpr ub1 decode_digit(bool negative, ub1 b) {
+    return static_cast<ub1>(negative ? 101 - b : b - 1);
+}
+constexpr ub1 encode_digit(bool negative, unsigned digit) {
+    return static_cast<ub1>(negative ? 101 - digit : digit + 1);
+}
+
+// Digit bytes of a record with a valid length. No digit byte is 102, so a final
+// byte 102 is always the ending byte.
+inline unsigned digit_count(const OCINumber &n) {
+    const unsigned length = n.OCINumberPart[0];
+    return length - 1 - (length > 1 && n.OCINumberPart[length] == ending_byte ? 1 : 0);
+}
+
+// Sets length byte, exponent byte and the ending byte around `count` digit
+// bytes that are in place already.
+inline void set_frame(OCINumber &n, bool negative, int exponent, unsigned count) {
+    unsigned length = count + 1;
+    if (negative && count < max_digits) n.OCINumberPart[++length] = ending_byte;
+    n.OCINumberPart[0] = static_cast<ub1>(length);
+    n.OCINumberPart[1] = exponent_byte(negative, exponent);
+}
+
+inline void set_zero(OCINumber &n) {
+    n.OCINumberPart[0] = 1;
+    n.OCINumberPart[1] = zero_exponent_byte;
+}
+
+inline void set_infinity(OCINumber &n, bool negative) {
+    n.OCINumberPart[0] = negative ? 1 : 2;
+    n.OCINumberPart[1] = negative ? 0 : 255;
+    if (!negative) n.OCINumberPart[2] = 101;
+}
+
+}  // namespace number_bytes
