@@ -174,8 +174,8 @@ OCI_NUMBER_API sword OCINumberSign(OCIError *err, const OCINumber *number, sword
  * zero). OCINumberFromInt writes 100 with a zero digit byte at its end; in that
  * form it compares above the normal form of 100.
  * Errors: 21560 (argument 2, 3, 4), 22060 (argument 2, 3). */
-OCI_NUMBER_API sword OCINumberCmp(OCIError *err, const OCINumber *number1,
-                                  const OCINumber *number2, sword *result);
+OCI_NUMBER_API sword OCINumberCmp(OCIError *err, const OCINumber *number1, const OCINumber *number2,
+                                  sword *result);
 
 /* Copies all 22 bytes of `from` to `to`, which may be the same record.
  * Errors: 21560 (argument 2, 3), 22060 (argument 2). */
