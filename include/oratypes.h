@@ -16,9 +16,9 @@ typedef int16_t sb2;
 typedef int32_t sb4;
 typedef int64_t sb8;
 
-typedef int sword;           /* status codes and small signed counts */
-typedef unsigned int uword;  /* lengths and flags */
-typedef int boolean;         /* 1 for true, 0 for false */
+typedef int sword;             /* status codes and small signed counts */
+typedef unsigned int uword;    /* lengths and flags */
+typedef int boolean;           /* 1 for true, 0 for false */
 typedef unsigned char OraText; /* a byte of text, never assumed to be terminated */
 
 /* Marks the functions that the shared library exports. */

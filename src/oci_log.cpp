@@ -95,16 +95,16 @@ size_t format_head(char *out, size_t size, log_level level, const char *file, lo
     tm utc{};
     gmtime_r(&now.tv_sec, &utc);
     static_assert(sizeof(pthread_t) == sizeof(long));
-    const int length =
-        std::snprintf(out, size, "%04d-%02d-%02dT%02d:%02d:%02d.%06ldZ %s [%ld] %s:%ld ",
-                      utc.tm_year + 1900, utc.tm_mon + 1, utc.tm_mday, utc.tm_hour, utc.tm_min,
-                      utc.tm_sec, now.tv_nsec / 1000, level_names[level],
-                      static_cast<long>(pthread_self()), file, line);
+    const int length = std::snprintf(
+        out, size, "%04d-%02d-%02dT%02d:%02d:%02d.%06ldZ %s [%ld] %s:%ld ", utc.tm_year + 1900,
+        utc.tm_mon + 1, utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec, now.tv_nsec / 1000,
+        level_names[level], static_cast<long>(pthread_self()), file, line);
     if (length < 0) return 0;
     return static_cast<size_t>(length) < size ? static_cast<size_t>(length) : size - 1;
 }
 
-void emit(log_level level, const char *file, long line, const char *fmt, va_list args) {
+__attribute__((format(printf, 4, 0))) void emit(log_level level, const char *file, long line,
+                                                const char *fmt, va_list args) {
     // A text that cannot be formatted or does not fit in memory is cut, not lost.
     TextBuffer raw;
     va_list again;
@@ -128,7 +128,8 @@ void emit(log_level level, const char *file, long line, const char *fmt, va_list
     }
     char *const text = out.data() + head_size;
     char *end = text;
-    for (size_t i = 0; i < length; ++i) end = escape(end, static_cast<unsigned char>(raw.data()[i]));
+    for (size_t i = 0; i < length; ++i)
+        end = escape(end, static_cast<unsigned char>(raw.data()[i]));
 
     pthread_rwlock_rdlock(&destination_lock);
     if (destination.sink != nullptr) {
@@ -173,9 +174,10 @@ __attribute__((constructor)) void read_environment() {
 
 }  // namespace
 
-extern "C" void qzoci_log_inner(log_level level, const char *file, const long line,
-                                const char *fmt, ...) {
-    if (level < threshold.load(std::memory_order_relaxed)) [[likely]] return;
+extern "C" void qzoci_log_inner(log_level level, const char *file, const long line, const char *fmt,
+                                ...) {
+    if (level < threshold.load(std::memory_order_relaxed)) [[likely]]
+        return;
     if (inside_sink || level < LOG_LEVEL_TRACE || level > LOG_LEVEL_SLOWSQL) return;
     const int saved_errno = errno;
     va_list args;

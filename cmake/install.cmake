@@ -1,0 +1,31 @@
+# What lands where: headers, both libraries, the CMake package, the pkg-config file.
+include(CMakePackageConfigHelpers)
+
+install(FILES include/oratypes.h include/oci.h include/oci_number_log.h
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(TARGETS oci_number_shared oci_number_static EXPORT oci_number_targets)
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/oci_number)
+install(EXPORT oci_number_targets NAMESPACE oci:: DESTINATION ${package_dir})
+configure_package_config_file(cmake/oci_number-config.cmake.in oci_number-config.cmake
+                              INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(oci_number-config-version.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/oci_number-config.cmake
+              ${PROJECT_BINARY_DIR}/oci_number-config-version.cmake
+        DESTINATION ${package_dir})
+
+# The prefix is found from the file's own place, so that the installed tree can
+# be put anywhere (cmake --install --prefix). Directories may be absolute; the
+# prefix stays out of them then.
+set(pc_prefix ${CMAKE_INSTALL_PREFIX})
+if(NOT IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+  cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
+             BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/pkgconfig
+             OUTPUT_VARIABLE pc_up)
+  set(pc_prefix "\${pcfiledir}/${pc_up}")
+endif()
+foreach(dir LIBDIR INCLUDEDIR)
+  set(pc_${dir} "\${prefix}")
+  cmake_path(APPEND pc_${dir} "${CMAKE_INSTALL_${dir}}")
+endforeach()
+configure_file(cmake/oci_number.pc.in oci_number.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/oci_number.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

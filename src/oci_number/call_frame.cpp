@@ -1,0 +1,87 @@
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+
+#include "oci_number/oci_number.h"
+#include "oci_utils/oci_utils.h"
+
+namespace oci_number {
+
+sword OCINumberTraceResult(const char *file, long line, const char *trace_name, sword status) {
+    qzoci_log_inner(LOG_LEVEL_DEBUG, file, line, "function %s return with status %d", trace_name,
+                    status);
+    return status;
+}
+
+sword OCINumberInvalidHandle() {
+    QZOCI_LOG_ERROR("get a invalid handle");
+    return OCI_INVALID_HANDLE;
+}
+
+sword OCINumberSetError(OCIError *errhp, int err_code, const char *fmt, ...) {
+    errhp->err_code = err_code;
+    va_list args;
+    va_start(args, fmt);
+    std::vsnprintf(reinterpret_cast<char *>(errhp->err_message), sizeof errhp->err_message, fmt,
+                   args);
+    va_end(args);
+    return OCI_ERROR;
+}
+
+sword OCINumberError21560(OCIError *errhp, ub4 argument) {
+    QZOCI_LOG_ERROR("21560: argument %u is null, invalid, or out of range", argument);
+    return OCINumberSetError(errhp, 21560,
+                             "%s-21560: argument %u is null, invalid, or out of range\n",
+                             qzci_oci_prefix(), argument);
+}
+
+sword OCINumberError22060(OCIError *errhp, ub4 argument) {
+    QZOCI_LOG_ERROR("22060: argument [%u] is an invalid or uninitialized number", argument);
+    return OCINumberSetError(errhp, 22060,
+                             "%s-22060: argument [%u] is an invalid or uninitialized number\n",
+                             qzci_oci_prefix(), argument);
+}
+
+sword OCINumberError22062(OCIError *errhp, const char *str, ub4 str_length) {
+    // A precision is an int, and the message ends where the handle's text does.
+    const int shown = static_cast<int>(std::min<size_t>(str_length, err_message_size));
+    QZOCI_LOG_ERROR("call OCINumberFromText with invalid str [%.*s]", shown, str);
+    return OCINumberSetError(errhp, 22062, "%s-22062: invalid input string [%.*s]\n",
+                             qzci_oci_prefix(), shown, str);
+}
+
+sword OCINumberCheckNumber(OCIError *errhp, const void *number, ub4 argument) {
+    if (number == nullptr) return OCINumberError21560(errhp, argument);
+    if (!number_bytes::has_valid_length(*static_cast<const OCINumber *>(number))) {
+        return OCINumberError22060(errhp, argument);
+    }
+    return OCI_SUCCESS;
+}
+
+static sword OCINumberCheckNumberAndResult(void *err, const void *number, void *result,
+                                           ub4 result_argument) {
+    if (err == nullptr) return OCINumberInvalidHandle();
+    auto *errhp = static_cast<OCIError *>(err);
+    if (sword status = OCINumberCheckNumber(errhp, number, 2)) return status;
+    if (result == nullptr) return OCINumberError21560(errhp, result_argument);
+    return OCI_SUCCESS;
+}
+
+sword OCINumberCheckThreeParams(void *err, const void *number, void *result) {
+    return OCINumberCheckNumberAndResult(err, number, result, 3);
+}
+
+sword OCINumberCheckCountParams(void *err, const void *number, void *result) {
+    return OCINumberCheckNumberAndResult(err, number, result, 4);
+}
+
+sword OCINumberCheckFourParams(void *err, const void *number1, const void *number2, void *result) {
+    if (err == nullptr) return OCINumberInvalidHandle();
+    auto *errhp = static_cast<OCIError *>(err);
+    if (sword status = OCINumberCheckNumber(errhp, number1, 2)) return status;
+    if (sword status = OCINumberCheckNumber(errhp, number2, 3)) return status;
+    if (result == nullptr) return OCINumberError21560(errhp, 4);
+    return OCI_SUCCESS;
+}
+
+}  // namespace oci_number

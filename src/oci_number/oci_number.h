@@ -1,0 +1,56 @@
+// Private header of the number module: its call frame.
+//
+// An exported function traces its call, checks its arguments in the order of
+// its parameters, works, and traces the status that it returns. The steps are
+// the same everywhere; they live in call_frame.cpp.
+#pragma once
+
+#include "number_bytes.h"
+#include "oci.h"
+#include "oci_handle.h"
+#include "oci_log.h"
+
+namespace oci_number {
+
+// Failures without a number of the interface.
+inline constexpr int internal_failure = 602;
+
+// Traces the returned status; written by every return of a function that has
+// one: return OCI_NUMBER_RETURN("OCINumberSign", status).
+sword OCINumberTraceResult(const char *file, long line, const char *trace_name, sword status);
+#define OCI_NUMBER_RETURN(trace_name, status) \
+    ::oci_number::OCINumberTraceResult(__FILE__, __LINE__, trace_name, status)
+
+// Reports a null error handle. Returns OCI_INVALID_HANDLE.
+sword OCINumberInvalidHandle();
+
+// Writes an error number and a printf-formatted message, cut at 3072
+// characters, into the handle, and nothing into the log. Returns OCI_ERROR.
+sword OCINumberSetError(OCIError *errhp, int err_code, const char *fmt, ...)
+    __attribute__((format(printf, 3, 4)));
+
+// An internal failure: the formatted text becomes the message of error 602 and
+// a line of the log. Returns OCI_ERROR.
+#define OCI_NUMBER_INTERNAL_FAILURE(errhp, ...) \
+    (QZOCI_LOG_ERROR(__VA_ARGS__),              \
+     ::oci_number::OCINumberSetError(errhp, ::oci_number::internal_failure, __VA_ARGS__))
+
+// Errors with an ERROR line in the log. All return OCI_ERROR.
+// 21560: argument null, invalid or out of range.
+sword OCINumberError21560(OCIError *errhp, ub4 argument);
+// 22060: invalid or uninitialised number.
+sword OCINumberError22060(OCIError *errhp, ub4 argument);
+// 22062: invalid input string, quoted.
+sword OCINumberError22062(OCIError *errhp, const char *str, ub4 str_length);
+
+// Null test, then length byte, of one number argument. Returns OCI_SUCCESS or
+// the status of the failure that was reported.
+sword OCINumberCheckNumber(OCIError *errhp, const void *number, ub4 argument);
+
+// (err, number, result) and (err, number1, number2, result).
+sword OCINumberCheckThreeParams(void *err, const void *number, void *result);
+sword OCINumberCheckFourParams(void *err, const void *number1, const void *number2, void *result);
+// (err, number, a count that is never refused, result).
+sword OCINumberCheckCountParams(void *err, const void *number, void *result);
+
+}  // namespace oci_number

@@ -1,0 +1,8 @@
+// Who speaks: the prefixes of error messages and the calling thread.
+#include "oci_utils/oci_utils.h"
+
+extern "C" const char *qzci_oci_prefix(void) { return "OCI"; }
+
+extern "C" const char *qzci_ora_prefix(void) { return "ORA"; }
+
+extern "C" pthread_t qz_thread_self(void) { return pthread_self(); }
