@@ -255,9 +255,10 @@ constexpr int horner_limbs(int n, int bits, int k) {
 // sum lie in [0, 1); c[k] is the top of an entry of Width limbs. Beside the missing
 // terms, the error is below 2N + 8 ulps: the last step's product and coefficient, and 1/3
 // from each of the others, of which there are 18 at most.
-template <int N, int Bits, bool Alternate, int Degree, int K = 0, unsigned long Width>
-inline void horner(u64 *sum, const u64 *r, const u64 (*c)[Width]) {
-    static_assert(Bits >= 9);
+template <int N, int Bits, bool Alternate, int Degree, int K = 0, unsigned long Count,
+          unsigned long Width>
+inline void horner(u64 *sum, const u64 *r, const u64 (&c)[Count][Width]) {
+    static_assert(Bits >= 9 && Degree < Count);
     constexpr int width = int{Width};
     constexpr int L = horner_limbs(N, Bits, K);
     if constexpr (K == Degree) {
