@@ -106,9 +106,9 @@ sword power(QZCICalcNumber &result, const Decimal &x, const Decimal &y, bool neg
     magnitude.negative = false;
     // t = y ln x: the logarithm's relative error and 2 more of 2^-real_bits, times
     // |t| < 2^9, give the result's.
-    constexpr int bits = ln_bits<fast_limbs> - 9 - 2;
-    static_assert(bits < exp_bits - 1);
-    Fast t, f;
+    constexpr int bits = ln_bits<4> - 9 - 2;
+    static_assert(bits < exp_bits<4> - 1);
+    Real<4> t, f;
     ln(t, magnitude);
     to_real(f, y);
     mul(t, t, f);
@@ -136,7 +136,7 @@ sword power(QZCICalcNumber &result, const Decimal &x, const Decimal &y, bool neg
     mul(wide_t, wide_t, wide_f);
     exp(wide_f, wide_t);
     wide_f.negative = negative;
-    constexpr int wide_bits = ln_wide_bits - 9 - 2;
+    constexpr int wide_bits = ln_bits<wide_limbs> - 9 - 2;
     round_to_record(result, wide_f, wide_bits, Undecided::nearest);
     return OCI_SUCCESS;
 }

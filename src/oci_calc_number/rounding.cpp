@@ -128,6 +128,7 @@ void truncate_to_record(QZCICalcNumber &result, const Real<N> &v, int count) {
     set_trimmed(result, v.negative, s.pos - count + 1, count);
 }
 
+template bool round_to_record<3>(QZCICalcNumber &, const Real<3> &, int, Undecided);
 template bool round_to_record<4>(QZCICalcNumber &, const Real<4> &, int, Undecided);
 template bool round_to_record<8>(QZCICalcNumber &, const Real<8> &, int, Undecided);
 template bool round_to_record<16>(QZCICalcNumber &, const Real<16> &, int, Undecided);
