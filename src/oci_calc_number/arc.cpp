@@ -24,8 +24,8 @@ bool turn(u64 *y, u64 *x, u64 *sum, const u64 (*level)[4]) {
 
 // atan(y/x) for 0 < y <= x: three turns, then u - u^3/3 + u^5/5 - ... with u = y/x below
 // 2^-24. Errors in ulps, with x in [1/16, 1/4] and 4 in each of x and y: 2^6 in u, 3 in the
-// tables, 8 in the series; all in a sum of 2^-24 or more, so below 2^-atan_bits. Without
-// any turn, u and the result have full relative precision.
+// tables, 2N in the series, 8 from those of x and y before; all in a sum of 2^-24 or more,
+// so below 2^-atan_bits. Without any turn, u and the result have full relative precision.
 template <int N>
 void atan_below_1(Real<N> &r, const Real<N> &y, const Real<N> &x) {
     Limbs<N> num, den, sum = {};

@@ -55,7 +55,7 @@ inline bool distance_to_one(Decimal &r, const Decimal &d) {
 // Relative error below 2^-operand_bits<N>: the power of ten is cut off by 1 ulp at most,
 // the product by less than 1 after normalization.
 template <int N>
-inline constexpr int operand_bits = 64 * N - 2;
+inline constexpr int operand_bits = 64 * N - 3;
 template <int N>
 inline void to_real(Real<N> &r, const Decimal &d) {
     r.negative = d.negative;

@@ -24,9 +24,9 @@ void to_signed_fixed(u64 *t, const Real<N> &x) {
 }  // namespace
 
 // x = k ln 2 + i/2^8 + j/2^16 + r with r < 2^-16: e^x = 2^k e^(i/2^8) e^(j/2^16) e^r.
-// Errors, in ulps of a result in [1/2, 1): 2^9 + 1 for x - k ln 2 (ln 2 is cut off,
-// |k| < 2^10, and x itself); tables 1 + 1, three products 5 each, Taylor's
-// series 8, and x's own error 2^11 more: below 2^-exp_bits.
+// Errors, in ulps of a mantissa in [1/2, 1): 2^9 + 1 in x - k ln 2 (ln 2 is cut off,
+// |k| < 2^10), 1 in each table, 2N in each of three products, and 2^12 from the error of x:
+// 2^13, below 2^-exp_bits.
 template <int N>
 void exp(Real<N> &r, const Real<N> &x) {
     Limbs<N + 1> t;

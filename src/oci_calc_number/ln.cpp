@@ -65,10 +65,9 @@ void ln_level(u64 *r, u64 *sum, const u64 (*level)[9]) {
 }  // namespace
 
 // x = 2^k a, 1 <= a < 2: five levels of tables turn a into 1 + r, r < 2^-35, and a series
-// gives ln(1 + r). Errors in ulps of 2^-64N: 4 in the operand, 1 in the first level's
-// shift, 2 for each level, N + 5 in the series, |k| < 2^9 in k ln 2. Below 2^5 ulps for
-// k = 0, -1, 1, where the sum is at least 2^-28, else below 2^10 in a sum above |k| / 4:
-// below 2^-ln_bits.
+// gives ln(1 + r). Errors in ulps of 2^-64N: 8 from the operand, 2 in each level, 2N + 1 in
+// the series, |k| < 2^9 in k ln 2. Below 2^6 ulps for k = 0 and -1, where the sum is at
+// least 2^-28, else below 2^6 + |k| in a sum above |k| / 4: below 2^-ln_bits.
 template <int N>
 void ln(Real<N> &r, const Decimal &x) {
     Real<N> a;

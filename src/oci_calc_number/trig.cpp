@@ -30,7 +30,7 @@ template void reduce<wide_limbs>(Angle<wide_limbs> &, const Decimal &);
 // f = i/2^9 + t: sin(a + d) = sin a - sin a (1 - cos d) + cos a sin d and its like, with
 // a = pi/2 i/2^9 from the table and Taylor's series in t^2 for sin d and 1 - cos d,
 // d = pi/2 t < 2^-8. Above pi/4, sine and cosine change places. Errors in ulps of half the
-// result: table 1, products 5 + 5, series below 2^-8 (8 + 10): 12; 2^6 with f's.
+// result: table 1, two products 2N each, series 2N each, f 4: 2^6, below 2^-sin_cos_bits.
 template <int N>
 void sin_cos(Real<N> *s, Real<N> *c, const Angle<N> &angle) {
     Limbs<N> t;
