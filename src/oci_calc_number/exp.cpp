@@ -117,8 +117,7 @@ sword QZCICalcNumExp(const QZCICalcNumber *operand, QZCICalcNumber *result) {
             set_infinity(*result, false);
     } else if (!read(x, *operand)) {
         return OCI_ERROR;
-    } else if (operand->start_pos > 0 ||
-               (operand->start_pos == 0 && operand->data_part[limb_count(*operand) - 1] >= 512)) {
+    } else if (magnitude_at_least(*operand, 512)) {
         if (x.negative)  // e^512 > 10^222
             set_zero(*result);
         else

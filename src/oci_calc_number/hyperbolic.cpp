@@ -54,15 +54,12 @@ sword compute(QZCICalcNumber &result, Hyperbolic function, const QZCICalcNumber 
     Decimal x = {};
     if (!is_infinite(operand) && !read(x, operand)) return OCI_ERROR;
     // tanh x = 1 - 2 e^-2x ...: from 64 on less than 10^-55 below 1. e^512 > 10^222.
-    const auto at_least = [&](ub4 limit) {
-        return is_infinite(operand) || operand.start_pos > 0 ||
-               (operand.start_pos == 0 && operand.data_part[limb_count(operand) - 1] >= limit);
-    };
-    if (function == Hyperbolic::tangent && at_least(64)) {
-        set_small(result, negative, 1);
-        return OCI_SUCCESS;
-    }
-    if (at_least(512)) {
+    const ub4 limit = function == Hyperbolic::tangent ? 64 : 512;
+    if (is_infinite(operand) || magnitude_at_least(operand, limit)) {
+        if (function == Hyperbolic::tangent) {
+            set_small(result, negative, 1);
+            return OCI_SUCCESS;
+        }
         set_infinity(result, negative && function == Hyperbolic::sine);
         return OCI_SUCCESS;
     }
