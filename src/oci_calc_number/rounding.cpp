@@ -11,7 +11,7 @@ constexpr u64 power_of_100[] = {1, 100, 10000, 1000000, 100000000};
 // error of 2^-scale_bits<N>: the power of ten is cut off by 1 ulp, the product by 2N ulps at
 // a mantissa of 1/4 or more. top is 0 for a value within that error below 10^(8 pos).
 template <int N>
-inline constexpr int scale_bits = 64 * N - 7;
+inline constexpr int scale_bits = 64 * N - 8;
 
 template <int N>
 struct Scaled {
