@@ -60,6 +60,28 @@ def random_texts(count, seed=SEED):
     return texts
 
 
+class Operations(unittest.TestCase):
+    def test_results(self):
+        for arguments, expected in [
+            (["round", "12.5", "-12.5", "~"], "13\n-13\n~\n"),
+            (["round", "--places", "-1", "-15"], "-20\n"),
+            (["trunc", "--places", "1", "-99.99"], "-99.9\n"),
+            (["prec", "--digits", "4", "123.456"], "123.5\n"),
+            (["shift", "--by", "-2", "4711"], "47.11\n"),
+            (["shift", "--by", "126", "-1"], "-~\n"),
+            (["abs", "-1.5", "-~"], "1.5\n~\n"),
+            (["neg", "--from", "hex", "--to", "dump", "02C102"], "Len=3: 62,100,102\n"),
+        ]:
+            self.assertEqual(run(*arguments), (0, expected.encode(), b""), arguments)
+
+    def test_streams_and_refusals(self):
+        done = run("round", "--places", "1", data=b"1.25\nx\n-0.05\n")
+        self.assertEqual(done[:2], (1, b"1.3\n-0.1\n"))
+        self.assertEqual(done[2], b'ocinumber: -:2: "x": unexpected "x" at column 1\n')
+        for wrong in [["prec", "1"], ["shift", "1"], ["round", "--places", "x", "1"]]:
+            self.assertEqual(run(*wrong)[0], 2, wrong)
+
+
 class Conversions(unittest.TestCase):
     # Text, hex and dump of the same number.
     NUMBERS = [
