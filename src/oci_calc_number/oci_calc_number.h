@@ -1,8 +1,21 @@
-// The calc engine's working record. The number module converts its operands
-// into records, calls one engine function on them and converts the result back.
+// The calc engine's working record and its functions. The number module converts
+// its operands into records, calls one engine function on them and converts the
+// result back.
+//
+// Every function reads its operand records, writes the whole result record (which
+// may be an operand) and returns OCI_SUCCESS, or returns OCI_ERROR and leaves the
+// result unspecified. They keep no state, take no lock, allocate nothing, never
+// touch the floating-point environment, and may run on any number of threads.
+//
+// For finite operands of at most 20 base-100 digits the result is the exact
+// mathematical value rounded once, half away from zero, to 20 base-100 digits; a
+// magnitude of 10^126 or more after rounding is the infinity of that sign, one
+// below 10^-128 is zero, both with success. docs/numerics.md says how.
 #pragma once
 
 #include "oci.h"
+
+extern "C" {
 
 struct QZCICalcNumber {
     ub4 data_part[40];  // the digits, base 10^8, least significant limb first
@@ -12,3 +25,38 @@ struct QZCICalcNumber {
     sb1 end_pos;        // power of 10^8 of data_part[0]
     sb1 is_zero;        // 1 for zero, else 0
 };
+
+// e^x. e^-inf is 0, e^inf is inf.
+sword QZCICalcNumExp(const QZCICalcNumber *operand, QZCICalcNumber *result);
+
+// ln x. The record carries at least 130 correct significant digits, so that the
+// quotient of two logarithms can still be rounded right; rounded to 20 base-100
+// digits it is the correctly rounded logarithm. OCI_ERROR for zero and below.
+sword QZCICalcNumLn(const QZCICalcNumber *operand, QZCICalcNumber *result);
+
+// Angles in radians, of any size. OCI_ERROR for an infinity.
+sword QZCICalcNumSinWithRound(const QZCICalcNumber *operand, QZCICalcNumber *result);
+sword QZCICalcNumCosWithRound(const QZCICalcNumber *operand, QZCICalcNumber *result);
+sword QZCICalcNumTanWithRound(const QZCICalcNumber *operand, QZCICalcNumber *result);
+
+// OCI_ERROR outside [-1, 1].
+sword QZCICalcNumAsin(const QZCICalcNumber *operand, QZCICalcNumber *result);
+sword QZCICalcNumAcos(const QZCICalcNumber *operand, QZCICalcNumber *result);
+
+sword QZCICalcNumAtan(const QZCICalcNumber *operand, QZCICalcNumber *result);
+
+// The angle of the point (x, y), in (-pi, pi], as C's atan2; zero has no sign.
+sword QZCICalcNumAtan2(const QZCICalcNumber *y, const QZCICalcNumber *x, QZCICalcNumber *result);
+
+sword QZCICalcNumSinh(const QZCICalcNumber *operand, QZCICalcNumber *result);
+sword QZCICalcNumCosh(const QZCICalcNumber *operand, QZCICalcNumber *result);
+sword QZCICalcNumTanh(const QZCICalcNumber *operand, QZCICalcNumber *result);
+
+// base^exponent; anything to the power 0 is 1. OCI_ERROR for a negative base with
+// an exponent that is not an integer, and for zero to a negative power. Otherwise
+// infinities follow C's pow.
+sword QZCICalcNumPower(const QZCICalcNumber *base, const QZCICalcNumber *exponent,
+                       QZCICalcNumber *result);
+sword QZCICalcNumIntPower(const QZCICalcNumber *base, sword exp, QZCICalcNumber *result);
+
+}  // extern "C"
