@@ -191,6 +191,79 @@ OCI_NUMBER_API void OCINumberSetZero(OCIError *err, OCINumber *number);
  * 2), when `err` is not null. */
 OCI_NUMBER_API void OCINumberSetPi(OCIError *err, OCINumber *number);
 
+/* ---- Sign and decimal shift --------------------------------------------- */
+
+/* Stores the magnitude of `number` in `result`, which may be the same record.
+ * Either infinity gives positive infinity.
+ * Errors: 21560 (argument 2, 3), 22060 (argument 2). */
+OCI_NUMBER_API sword OCINumberAbs(OCIError *err, const OCINumber *number, OCINumber *result);
+
+/* Stores the negation of `number` in `result`, which may be the same record. The
+ * infinities turn into each other; zero has no sign.
+ * Errors: 21560 (argument 2, 3), 22060 (argument 2). */
+OCI_NUMBER_API sword OCINumberNeg(OCIError *err, const OCINumber *number, OCINumber *result);
+
+/* Stores `number` times 10^`nDig` in `result`, which may be the same record.
+ * `nDig` may be negative and is never refused. The product is exact but in one
+ * case: an odd `nDig` moves 40 decimal digits across 20 digit bytes, and what a
+ * 21st would hold is rounded half away from zero. An even `nDig` keeps the digit
+ * bytes as they are, an odd one leaves no zero digit bytes at the end.
+ * A magnitude of 10^126 or more becomes the infinity of that sign, one below
+ * 10^-128 zero, both with OCI_SUCCESS. Zero and the infinities stay.
+ * Errors: 21560 (argument 2, 4), 22060 (argument 2).
+ *
+ *   OCINumberShift(err, &n, -2, &n);    1 becomes 0.01 */
+OCI_NUMBER_API sword OCINumberShift(OCIError *err, const OCINumber *number, const sword nDig,
+                                    OCINumber *result);
+
+/* ---- Increment and decrement -------------------------------------------- */
+
+/* Adds 1 to `number` in place when it is at least 1 and below 10^40; the result
+ * is in normal form, and one that needs more than 20 digit bytes (a value with a
+ * fraction that grows by a digit byte) is rounded half away from zero. Every
+ * other value, zero, negative values and the infinities included, becomes 1.
+ * Errors: 21560, 22060 (argument 2). */
+OCI_NUMBER_API sword OCINumberInc(OCIError *err, OCINumber *number);
+
+/* Subtracts 1 from `number` in place when it is at least 1 and below 10^40; the
+ * result is in normal form. Every other value, negative values and the
+ * infinities included, becomes zero.
+ * Errors: 21560, 22060 (argument 2). */
+OCI_NUMBER_API sword OCINumberDec(OCIError *err, OCINumber *number);
+
+/* ---- Precision, rounding, truncation ------------------------------------ */
+
+/* These three store `number`, cut at a decimal position, in `result`, which may
+ * be the same record. Rounding is half away from zero: 12.5 becomes 13, -12.5
+ * becomes -13. The count is never refused: a cut behind the last digit gives a
+ * copy of all 22 bytes, one above the first digit zero. A value that a carry
+ * takes to 10^126 becomes the infinity of its sign.
+ *
+ * The infinities are cut as the digit bytes that they are stored as: negative
+ * infinity stays for every position from 10^126 down, positive infinity likewise
+ * (truncated at 10^126 it becomes zero); a cut further up gives zero.
+ *
+ * One negative value is unlike its positive mirror: OCINumberPrec and
+ * OCINumberRound return a negative value of 20 digit bytes unchanged when the cut
+ * falls on its last digit byte.
+ *
+ * Errors: 21560 (argument 2, 4), 22060 (argument 2). */
+
+/* Rounds to `nDigs` significant decimal digits; 0 leaves the place above the
+ * first digit (5 becomes 10, 4 zero), a negative `nDigs` gives zero. */
+OCI_NUMBER_API sword OCINumberPrec(OCIError *err, const OCINumber *number, sword nDigs,
+                                   OCINumber *result);
+
+/* Rounds to `dcplace` decimal places; a negative `dcplace` rounds to tens (-1),
+ * hundreds (-2) and so on. */
+OCI_NUMBER_API sword OCINumberRound(OCIError *err, const OCINumber *number, sword dcplace,
+                                    OCINumber *result);
+
+/* Keeps `dcplace` decimal places, or whole tens, hundreds and so on for a
+ * negative `dcplace`, and drops the rest. */
+OCI_NUMBER_API sword OCINumberTrunc(OCIError *err, const OCINumber *number, sword dcplace,
+                                    OCINumber *result);
+
 /* ---- Integers ----------------------------------------------------------- */
 
 /* Stores the integer part of `number` (truncated toward zero) at `rsl` as an

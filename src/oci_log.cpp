@@ -103,7 +103,8 @@ size_t format_head(char *out, size_t size, log_level level, const char *file, lo
     return static_cast<size_t>(length) < size ? static_cast<size_t>(length) : size - 1;
 }
 
-void emit(log_level level, const char *file, long line, const char *fmt, va_list args) {
+__attribute__((format(printf, 4, 0))) void emit(log_level level, const char *file, long line,
+                                                const char *fmt, va_list args) {
     // A text that cannot be formatted or does not fit in memory is cut, not lost.
     TextBuffer raw;
     va_list again;

@@ -58,12 +58,21 @@ sword OCINumberCheckNumber(OCIError *errhp, const void *number, ub4 argument) {
     return OCI_SUCCESS;
 }
 
-sword OCINumberCheckThreeParams(void *err, const void *number, void *result) {
+static sword OCINumberCheckNumberAndResult(void *err, const void *number, void *result,
+                                           ub4 result_argument) {
     if (err == nullptr) return OCINumberInvalidHandle();
     auto *errhp = static_cast<OCIError *>(err);
     if (sword status = OCINumberCheckNumber(errhp, number, 2)) return status;
-    if (result == nullptr) return OCINumberError21560(errhp, 3);
+    if (result == nullptr) return OCINumberError21560(errhp, result_argument);
     return OCI_SUCCESS;
+}
+
+sword OCINumberCheckThreeParams(void *err, const void *number, void *result) {
+    return OCINumberCheckNumberAndResult(err, number, result, 3);
+}
+
+sword OCINumberCheckCountParams(void *err, const void *number, void *result) {
+    return OCINumberCheckNumberAndResult(err, number, result, 4);
 }
 
 sword OCINumberCheckFourParams(void *err, const void *number1, const void *number2, void *result) {

@@ -50,6 +50,8 @@ sword OCINumberCheckNumber(OCIError *errhp, const void *number, ub4 argument);
 // (err, number, result) and (err, number1, number2, result).
 sword OCINumberCheckThreeParams(void *err, const void *number, void *result);
 sword OCINumberCheckFourParams(void *err, const void *number1, const void *number2, void *result);
+// (err, number, a count that is never refused, result).
+sword OCINumberCheckCountParams(void *err, const void *number, void *result);
 
 // Indexes into the tables of engine functions.
 enum two_params_calcfunc_index : ub4 {

@@ -132,20 +132,6 @@ bool split(const ub1 *p, const ub1 *end, DecimalText &text) {
     return any && p == end;
 }
 
-// Adds one to the last of `count` base-100 digits. Returns the new count, with
-// the zero digits that the carry leaves at the end dropped; `exponent` grows
-// when it runs out of the first digit.
-unsigned carry(ub1 *digits, unsigned count, int &exponent) {
-    while (count > 0 && digits[count - 1] == 99) --count;
-    if (count == 0) {
-        digits[0] = 1;
-        ++exponent;
-        return 1;
-    }
-    ++digits[count - 1];
-    return count;
-}
-
 }  // namespace
 
 extern "C" sword getNumberFromStr(OCINumber *number, ub1 *str, ub4 len) {
@@ -188,23 +174,19 @@ extern "C" sword getNumberFromStr(OCINumber *number, ub1 *str, ub4 len) {
     take(text.integer, text.integer_end);
     take(fraction, text.fraction_end);
 
-    ub1 digits[max_digits];
-    unsigned count = static_cast<unsigned>(out - places + 1) / 2;
-    count = std::min(count, max_digits);
-    for (unsigned i = 0; i < count; ++i) {
-        digits[i] = static_cast<ub1>((places[2 * i] - '0') * 10 + (places[2 * i + 1] - '0'));
+    Digits digits{text.negative, exponent, 0, {}};
+    digits.count = std::min(static_cast<unsigned>(out - places + 1) / 2, max_digits);
+    for (unsigned i = 0; i < max_digits; ++i) {
+        digits.digit[i] = static_cast<ub1>((places[2 * i] - '0') * 10 + (places[2 * i + 1] - '0'));
     }
-    if (places[max_decimals] >= '5') count = carry(digits, count, exponent);
-    while (count > 0 && digits[count - 1] == 0) --count;
+    if (places[max_decimals] >= '5') round_up(digits);
+    trim(digits);
 
-    if (exponent > max_exponent) return OCI_ERROR;
-    if (exponent < min_exponent) {
+    if (digits.exponent > max_exponent) return OCI_ERROR;
+    if (digits.exponent < min_exponent) {
         set_zero(*number);
-        return OCI_SUCCESS;
+    } else {
+        pack(digits, *number);
     }
-    for (unsigned i = 0; i < count; ++i) {
-        number->OCINumberPart[2 + i] = encode_digit(text.negative, digits[i]);
-    }
-    set_frame(*number, text.negative, exponent, count);
     return OCI_SUCCESS;
 }

@@ -1,0 +1,86 @@
+#include "oci_handle.h"
+
+#include "support/numbers.h"
+
+namespace {
+
+OCIEnv *new_env() {
+    OCIEnv *env = nullptr;
+    EXPECT_EQ(OCIEnvCreate(&env, OCI_DEFAULT, nullptr, nullptr, nullptr, nullptr, 0, nullptr), 0);
+    return env;
+}
+
+OCIError *new_error(OCIEnv *env) {
+    void *error = nullptr;
+    EXPECT_EQ(OCIHandleAlloc(env, &error, OCI_HTYPE_ERROR, 0, nullptr), OCI_SUCCESS);
+    return static_cast<OCIError *>(error);
+}
+
+TEST(Handle, TypeByteTellsFreedAndForeign) {
+    OCIEnv *env = new_env();
+    OCIError *a = new_error(env), *b = new_error(env), *c = new_error(env);
+    sb4 code = 0;
+    EXPECT_EQ(OCIHandleFree(b, OCI_HTYPE_ERROR), OCI_SUCCESS);
+    EXPECT_EQ(OCIHandleFree(b, OCI_HTYPE_ERROR), OCI_INVALID_HANDLE);
+    EXPECT_EQ(OCIErrorGet(b, 1, nullptr, &code, nullptr, 0, OCI_HTYPE_ERROR), OCI_INVALID_HANDLE);
+    EXPECT_EQ(OCIHandleFree(a, OCI_HTYPE_ENV), OCI_INVALID_HANDLE);
+    EXPECT_EQ(OCIHandleFree(env, OCI_HTYPE_ERROR), OCI_INVALID_HANDLE);
+    EXPECT_EQ(OCIHandleFree(nullptr, OCI_HTYPE_ENV), OCI_INVALID_HANDLE);
+    // The environment takes its remaining error handles with it.
+    EXPECT_EQ(OCIHandleFree(env, OCI_HTYPE_ENV), OCI_SUCCESS);
+    EXPECT_EQ(OCIHandleFree(env, OCI_HTYPE_ENV), OCI_INVALID_HANDLE);
+    EXPECT_EQ(OCIHandleFree(a, OCI_HTYPE_ERROR), OCI_INVALID_HANDLE);
+    EXPECT_EQ(OCIHandleFree(c, OCI_HTYPE_ERROR), OCI_INVALID_HANDLE);
+}
+
+TEST(Handle, RefusedAllocations) {
+    OCIEnv *env = new_env();
+    OCIError *error = new_error(env);
+    void *handle = env, *memory = env;
+    EXPECT_EQ(OCIEnvCreate(nullptr, 0, nullptr, nullptr, nullptr, nullptr, 0, nullptr),
+              OCI_INVALID_HANDLE);
+    for (ub4 type : {0u, 1u, 3u, 4u, 9u, 72u}) {
+        EXPECT_EQ(OCIHandleAlloc(env, &handle, type, 0, nullptr), OCI_INVALID_HANDLE);
+        if (type != OCI_HTYPE_ENV) EXPECT_EQ(OCIHandleFree(env, type), OCI_INVALID_HANDLE);
+    }
+    EXPECT_EQ(OCIHandleAlloc(nullptr, &handle, OCI_HTYPE_ERROR, 0, nullptr), OCI_INVALID_HANDLE);
+    EXPECT_EQ(OCIHandleAlloc(error, &handle, OCI_HTYPE_ERROR, 0, nullptr), OCI_INVALID_HANDLE);
+    EXPECT_EQ(OCIHandleAlloc(env, nullptr, OCI_HTYPE_ERROR, 0, nullptr), OCI_INVALID_HANDLE);
+    heap.fail = true;
+    EXPECT_EQ(OCIHandleAlloc(env, &handle, OCI_HTYPE_ERROR, 8, &memory), OCI_ERROR);
+    EXPECT_EQ(OCIEnvCreate(&env, 0, nullptr, nullptr, nullptr, nullptr, 8, &memory), OCI_ERROR);
+    heap.fail = false;
+    EXPECT_EQ(handle, env);
+    EXPECT_EQ(memory, env);
+    // Memory of the program's own comes and goes with the handle.
+    const int live = heap.live;
+    ASSERT_EQ(OCIHandleAlloc(env, &handle, OCI_HTYPE_ERROR, 100, &memory), OCI_SUCCESS);
+    std::memset(memory, 1, 100);
+    OCIHandleFree(env, OCI_HTYPE_ENV);
+    EXPECT_LE(heap.live, live + 1);
+}
+
+TEST(Handle, ErrorGet) {
+    OCIEnv *env = new_env();
+    OCIError *error = new_error(env);
+    sb4 code = 7;
+    OraText message[100] = "unchanged", state[6] = "state";
+    EXPECT_EQ(OCIErrorGet(error, 1, state, &code, message, 100, OCI_HTYPE_ERROR), OCI_NO_DATA);
+    boolean result;
+    OCINumberIsZero(error, nullptr, &result);
+    EXPECT_EQ(OCIErrorGet(error, 2, state, &code, message, 100, OCI_HTYPE_ERROR), OCI_NO_DATA);
+    EXPECT_EQ(OCIErrorGet(error, 1, state, nullptr, message, 100, OCI_HTYPE_ERROR),
+              OCI_INVALID_HANDLE);
+    EXPECT_EQ(OCIErrorGet(error, 1, state, &code, message, 100, OCI_HTYPE_ENV), OCI_INVALID_HANDLE);
+    EXPECT_EQ(code, 7);
+    EXPECT_STREQ(reinterpret_cast<char *>(message), "unchanged");
+    ASSERT_EQ(OCIErrorGet(error, 1, state, &code, message, 100, OCI_HTYPE_ERROR), OCI_SUCCESS);
+    EXPECT_EQ(code, 21560);
+    EXPECT_EQ(reinterpret_cast<char *>(message), argument_error(21560, 2));
+    EXPECT_STREQ(reinterpret_cast<char *>(state), "");
+    EXPECT_EQ(OCIErrorGet(error, 1, nullptr, &code, message, 10, OCI_HTYPE_ERROR), OCI_ERROR);
+    EXPECT_STREQ(reinterpret_cast<char *>(message), "OCI-21560");
+    OCIHandleFree(env, OCI_HTYPE_ENV);
+}
+
+}  // namespace

@@ -1,0 +1,132 @@
+#include "oci_log.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <regex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+class Log : public ::testing::Test {
+protected:
+    void SetUp() override {
+        path_ = ::testing::TempDir() + "oci_number_log_" + std::to_string(getpid());
+        std::remove(path_.c_str());
+        ASSERT_EQ(qzoci_log_set_file(path_.c_str()), 0);
+        qzoci_log_set_level(LOG_LEVEL_DEBUG);
+    }
+    void TearDown() override {
+        qzoci_log_set_file(nullptr);
+        qzoci_log_set_level(QZOCI_LOG_OFF);
+        std::remove(path_.c_str());
+    }
+    std::vector<std::string> lines() {
+        std::ifstream in(path_);
+        std::vector<std::string> result;
+        for (std::string line; std::getline(in, line);) result.push_back(line);
+        return result;
+    }
+    std::string path_;
+};
+
+TEST_F(Log, LineFilterAndErrno) {
+    qzoci_log_set_level(LOG_LEVEL_WARN);
+    QZOCI_LOG_DEBUG("filtered");
+    qzoci_log_set_level(99);  // no level: ignored
+    EXPECT_EQ(qzoci_log_get_level(), LOG_LEVEL_WARN);
+    errno = 4711;
+    QZOCI_LOG_ERROR("null %p, number %d", static_cast<void *>(nullptr), 5);
+    EXPECT_EQ(errno, 4711);
+    const auto found = lines();
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_TRUE(std::regex_match(
+        found[0], std::regex(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{6}Z ERROR \[-?\d+\] )"
+                             R"(tests/oci_log_test\.cpp:\d+ null \(nil\), number 5)")))
+        << found[0];
+}
+
+TEST_F(Log, NoTextForgesALine) {
+    QZOCI_LOG_ERROR("a\nb\r\t\x1b\x7f\\ \xc3\xa9");
+    const std::string huge(100000, '\n');
+    QZOCI_LOG_ERROR("%s", huge.c_str());
+    const auto found = lines();
+    ASSERT_EQ(found.size(), 2u);
+    EXPECT_NE(found[0].find(" a\\nb\\r\\t\\x1b\\x7f\\\\ \xc3\xa9"), std::string::npos) << found[0];
+    EXPECT_GT(found[1].size(), 200000u);
+}
+
+// Lines of threads and processes stay whole.
+TEST_F(Log, WritersDoNotMix) {
+    const auto write_lines = [](char mark) {
+        for (int i = 0; i < 200; ++i) {
+            QZOCI_LOG_ERROR("%s|", std::string(static_cast<size_t>(50 * i % 3000), mark).c_str());
+        }
+    };
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    std::thread a(write_lines, 'a'), b(write_lines, 'b');
+    a.join();
+    b.join();
+    if (child == 0) _exit(0);
+    waitpid(child, nullptr, 0);
+    const auto found = lines();
+    EXPECT_EQ(found.size(), 800u);
+    const std::regex whole(R"(\d{4}-\S+Z ERROR \[-?\d+\] \S+ (a*|b*)\|)");
+    for (const auto &line : found) ASSERT_TRUE(std::regex_match(line, whole)) << line;
+}
+
+TEST_F(Log, SinkOfTheProgram) {
+    std::vector<std::string> seen;
+    qzoci_log_set_sink(
+        [](void *context, int level, const char *, long, const char *text, size_t length) {
+            static_cast<std::vector<std::string> *>(context)->push_back(
+                std::to_string(level) + " " + std::string(text, length));
+            EXPECT_EQ(text[length], '\0');
+            QZOCI_LOG_ERROR("from inside the sink");
+        },
+        &seen);
+    QZOCI_LOG_ERROR("one\n");
+    qzoci_log_set_sink(nullptr, nullptr);
+    QZOCI_LOG_ERROR("two");
+    EXPECT_EQ(seen, std::vector<std::string>{"5 one\\n"});
+    EXPECT_EQ(lines().size(), 1u);
+}
+
+TEST_F(Log, BadDestinationsKeepTheFormer) {
+    errno = 0;
+    EXPECT_EQ(qzoci_log_set_file("/nonexistent/log"), -1);
+    EXPECT_EQ(errno, ENOENT);
+    QZOCI_LOG_ERROR("still here");
+    EXPECT_EQ(lines().size(), 1u);
+}
+
+// The environment is read before main: seen in a fresh process of this program.
+TEST_F(Log, Environment) {
+    const auto run = [this](const char *level) {
+        const std::string command =
+            "OCI_NUMBER_LOG_FILE=" + path_ + " OCI_NUMBER_LOG_LEVEL=" + level + " /proc/" +
+            std::to_string(getpid()) + "/exe --gtest_filter=Speaker.* >/dev/null";
+        const size_t before = lines().size();
+        EXPECT_EQ(std::system(command.c_str()), 0);
+        return lines().size() - before;
+    };
+    EXPECT_EQ(run("debug"), 2u);
+    EXPECT_EQ(run("5"), 1u);
+    EXPECT_EQ(run("OFF"), 0u);
+    EXPECT_EQ(run("loud"), 0u);
+}
+
+TEST(Speaker, SpeaksAtTwoLevels) {
+    QZOCI_LOG_DEBUG("debug");
+    QZOCI_LOG_ERROR("error");
+}
+
+}  // namespace

@@ -1,0 +1,110 @@
+// Numbers and error handles for tests.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <ostream>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "oci_handle.h"
+#include "support/services.h"
+
+inline constexpr ub1 unused = 0xEE;  // bytes of a record that nobody wrote
+
+// A record from its first bytes; the others hold `unused`.
+inline OCINumber number(std::initializer_list<int> bytes) {
+    OCINumber n;
+    std::memset(&n, unused, sizeof n);
+    size_t i = 0;
+    for (int b : bytes) n.OCINumberPart[i++] = static_cast<ub1>(b);
+    return n;
+}
+
+inline bool operator==(const OCINumber &a, const OCINumber &b) {
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+inline void PrintTo(const OCINumber &n, std::ostream *out) {
+    for (ub1 b : n.OCINumberPart) *out << int{b} << ' ';
+}
+
+// Only the value: the bytes that the length byte counts.
+inline std::vector<int> value_bytes(const OCINumber &n) {
+    return {n.OCINumberPart, n.OCINumberPart + std::min<int>(n.OCINumberPart[0], 21) + 1};
+}
+
+// An error handle that tells whether a call touched more than it may.
+class ErrorHandle {
+public:
+    ErrorHandle() { reset(); }
+    void reset() {
+        std::memset(static_cast<void *>(&error_), 0x5A, sizeof error_);
+        before_ = error_;
+    }
+    operator OCIError *() { return &error_; }
+    OCIError *get() { return &error_; }
+
+    // The error that was written since the last reset; (0, "") for none.
+    int code() const { return error_.err_code == before_.err_code ? 0 : error_.err_code; }
+    std::string message() const {
+        return code() == 0 ? "" : reinterpret_cast<const char *>(error_.err_message);
+    }
+    bool other_fields_untouched() const {
+        OCIError other = error_;
+        other.err_code = before_.err_code;
+        std::memcpy(other.err_message, before_.err_message, sizeof other.err_message);
+        return std::memcmp(&other, &before_, sizeof other) == 0;
+    }
+
+private:
+    OCIError error_;
+    OCIError before_;
+};
+
+// The message of a shared argument error, by its number.
+inline std::string argument_error(int code, int argument) {
+    return code == 21560
+               ? text("OCI-21560: argument %d is null, invalid, or out of range\n", argument)
+               : text("OCI-22060: argument [%d] is an invalid or uninitialized number\n", argument);
+}
+
+// One call and all that may be seen of it.
+struct Call {
+    const char *name;
+    std::function<sword(OCIError *)> run;
+    sword status;
+    int code;
+    std::string message;
+    std::vector<std::string> log;
+    bool null_handle = false;
+};
+
+inline void check_call(const Call &call) {
+    SCOPED_TRACE(call.name);
+    ErrorHandle err;
+    take_log();
+    EXPECT_EQ(call.run(call.null_handle ? nullptr : err.get()), call.status);
+    EXPECT_EQ(take_log(), call.log);
+    EXPECT_EQ(err.code(), call.code);
+    EXPECT_EQ(err.message(), call.message);
+    EXPECT_TRUE(err.other_fields_untouched());
+}
+
+// Random engine with a fixed seed, or that of TEST_SEED; the seed shows on failure.
+inline std::mt19937_64 seeded() {
+    const char *seed = std::getenv("TEST_SEED");
+    const unsigned long value = seed != nullptr ? std::strtoul(seed, nullptr, 10) : 20260101;
+    ::testing::Test::RecordProperty("seed", std::to_string(value));
+    return std::mt19937_64{value};
+}
+
+// How many random cases to run: `usual`, times TEST_SCALE.
+inline long random_cases(long usual) {
+    const char *scale = std::getenv("TEST_SCALE");
+    return scale != nullptr ? usual * std::strtol(scale, nullptr, 10) : usual;
+}
