@@ -85,8 +85,7 @@ inline void copy(QZCICalcNumber &to, const QZCICalcNumber &from) {
 // 10^-128 is zero. n is finite and not zero.
 inline void clamp_to_range(QZCICalcNumber &n) {
     if (n.start_pos > max_number_pos ||
-        (n.start_pos == max_number_pos &&
-         n.data_part[limb_count(n) - 1] >= top_limb_limit))
+        (n.start_pos == max_number_pos && n.data_part[limb_count(n) - 1] >= top_limb_limit))
         set_infinity(n, is_negative(n));
     else if (n.start_pos < min_number_pos)
         set_zero(n);
