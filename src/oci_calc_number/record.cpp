@@ -181,7 +181,8 @@ extern "C" sword QZCICalcNumToNumber(const QZCICalcNumber *in, OCINumber *out) {
             ++limbs[i - 1];
         }
         if (limbs[0] >= calc::limb_base) {
-            limbs[0] = 1;
+            limbs[0] = 1;  // all others are 0 but for the digits to be cut off
+            limbs[kept - 1] = 0;
             ++pos;
         }
         top_digits = digits_in(limbs[0]);
