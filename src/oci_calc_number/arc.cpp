@@ -23,8 +23,9 @@ bool turn(u64 *y, u64 *x, u64 *sum, const Limbs<N> *level) {
 }
 
 // atan(y/x) for 0 < y <= x: three turns, then u - u^3/3 + u^5/5 - ... with u = y/x below
-// 2^-24. Errors in ulps, with x in [1/8, 1/2) and 4 in each of x and y: 2^6 in u, 3 in the
-// tables, 8 in the series; relative ones, four of 2^-real_bits, when no turn was needed.
+// 2^-24. Errors in ulps, with x in [1/16, 1/4] and 4 in each of x and y: 2^6 in u, 3 in the
+// tables, 8 in the series; all in a sum of 2^-24 or more, so below 2^-atan_bits. Without
+// any turn, u and the result have full relative precision.
 void atan_below_1(Fast &r, const Fast &y, const Fast &x) {
     constexpr int N = fast_limbs;
     Limbs<N> num, den, sum = {};

@@ -7,6 +7,12 @@
 // data_part[0] 0; an infinity has num_infinity 1, is_zero 0 and both positions 0.
 // A limb holds four base-100 digits, aligned on the decimal point as those of an
 // OCINumber are.
+//
+// A logarithm (num_infinity 2) is a finite value like any other, the rounded ln x. Beyond
+// its limbs it keeps x, from which expand_logarithm computes more digits: a quotient of
+// two logarithms can only be rounded right with some 130 digits of each, while nobody
+// else needs more than the rounded value. Only QZCICalcNumLn sets the mark; every helper
+// that builds a record clears it.
 #pragma once
 
 #include "oci_calc_number/oci_calc_number.h"
@@ -25,7 +31,15 @@ inline constexpr ub4 top_limb_limit = 1000000;  // of the limb at max_number_pos
 
 inline int limb_count(const QZCICalcNumber &n) { return n.start_pos - n.end_pos + 1; }
 inline bool is_negative(const QZCICalcNumber &n) { return n.num_signed < 0; }
-inline bool is_infinite(const QZCICalcNumber &n) { return n.num_infinity != 0; }
+inline bool is_infinite(const QZCICalcNumber &n) { return n.num_infinity == 1; }
+
+inline constexpr sb1 logarithm_mark = 2;
+inline bool is_logarithm(const QZCICalcNumber &n) { return n.num_infinity == logarithm_mark; }
+
+// Writes the logarithm n, a record with is_logarithm, into `full` as a plain record of
+// 137 significant digits or more. `full` may be n. A division must do this to each of its
+// operands that is a logarithm before it divides.
+void expand_logarithm(QZCICalcNumber &full, const QZCICalcNumber &n);
 
 inline void set_zero(QZCICalcNumber &n) {
     n.data_part[0] = 0;
@@ -70,12 +84,12 @@ inline void set_small(QZCICalcNumber &n, bool negative, ub4 value) {
     set_frame(n, negative, 0, 1);
 }
 
-// Copies a record without the limbs that are not part of its value.
+// Copies a record's value: not the limbs that are no part of it, nor a logarithm's mark.
 inline void copy(QZCICalcNumber &to, const QZCICalcNumber &from) {
     const int count = limb_count(from);
     for (int i = 0; i < count; ++i) to.data_part[i] = from.data_part[i];
     to.num_signed = from.num_signed;
-    to.num_infinity = from.num_infinity;
+    to.num_infinity = is_infinite(from) ? 1 : 0;
     to.start_pos = from.start_pos;
     to.end_pos = from.end_pos;
     to.is_zero = from.is_zero;

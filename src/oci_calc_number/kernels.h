@@ -51,7 +51,7 @@ void sin_cos(Wide &s, Wide &c, const Angle<wide_limbs> &angle);
 void sin_cos_radians(Wide &s, Wide &c, const Wide &r);
 
 // The angle in (0, pi/2) of the point (x, y), both positive.
-inline constexpr int atan_bits = 235;
+inline constexpr int atan_bits = 224;
 inline constexpr int atan_wide_bits = 950;
 void atan_quotient(Fast &r, const Fast &y, const Fast &x);
 void atan_quotient(Wide &r, const Wide &y, const Wide &x);

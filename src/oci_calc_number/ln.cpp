@@ -134,29 +134,58 @@ void ln(Wide &r, const Decimal &x) {
     add(r, y, d);
 }
 
+namespace {
+
+// Where a logarithm's record keeps its operand: the limbs, their count and their position.
+constexpr int kept_limbs = max_limbs - max_number_limbs;
+constexpr int kept_count = kept_limbs - 1;
+constexpr int kept_pos = kept_limbs - 2;
+
+// 137 significant digits or more of the 142 that are correct.
+constexpr int expanded_limbs = 18;
+static_assert(ln_bits<ln_limbs> > 142 * 3.322);
+
+}  // namespace
+
+void expand_logarithm(QZCICalcNumber &full, const QZCICalcNumber &n) {
+    QZCICalcNumber operand;
+    const int count = static_cast<int>(n.data_part[kept_count]);
+    for (int i = 0; i < count; ++i) operand.data_part[i] = n.data_part[kept_limbs + i];
+    set_frame(operand, false, static_cast<int>(n.data_part[kept_pos]) + min_power, count);
+    Decimal x;
+    read(x, operand);
+    Real<ln_limbs> r;
+    ln(r, x);
+    truncate_to_record(full, r, expanded_limbs);
+}
+
 }  // namespace calc
 
 using namespace calc;
 
-// The record's limbs: 137 significant digits or more of the 141 that are correct.
-constexpr int ln_record_limbs = 18;
-static_assert(ln_bits<ln_limbs> > 141 * 3.322);
-
-// No rounding test: the record carries more digits than the closest approach of any
-// logarithm of a number of 40 digits to a tie asks for (docs/numerics.md).
 sword QZCICalcNumLn(const QZCICalcNumber *operand, QZCICalcNumber *result) {
     Decimal x;
     if (operand->is_zero || is_negative(*operand)) return OCI_ERROR;
     if (is_infinite(*operand)) {
         set_infinity(*result, false);
-    } else if (!read(x, *operand)) {
-        return OCI_ERROR;
-    } else if (x.pos == 0 && x.m[0] == 1 && (x.m[1] | x.m[2]) == 0) {
+        return OCI_SUCCESS;
+    }
+    if (!read(x, *operand)) return OCI_ERROR;
+    if (x.pos == 0 && x.m[0] == 1 && (x.m[1] | x.m[2]) == 0) {
         set_zero(*result);
-    } else {
+        return OCI_SUCCESS;
+    }
+    const int count = limb_count(*operand);
+    for (int i = 0; i < count; ++i) result->data_part[kept_limbs + i] = operand->data_part[i];
+    result->data_part[kept_count] = static_cast<ub4>(count);
+    result->data_part[kept_pos] = static_cast<ub4>(x.pos - min_power);
+    Fast fast;
+    ln(fast, x);
+    if (!round_to_record(*result, fast, ln_bits<fast_limbs>)) {
         Real<ln_limbs> r;
         ln(r, x);
-        truncate_to_record(*result, r, ln_record_limbs);
+        round_to_record(*result, r, ln_bits<ln_limbs>, Undecided::nearest);
     }
+    result->num_infinity = logarithm_mark;
     return OCI_SUCCESS;
 }

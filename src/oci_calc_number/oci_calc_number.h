@@ -21,7 +21,7 @@ extern "C" {
 struct QZCICalcNumber {
     ub4 data_part[40];  // the digits, base 10^8, least significant limb first
     sb1 num_signed;     // 1 when the value is not negative, -1 when it is
-    sb1 num_infinity;   // 1 for an infinity of that sign, else 0
+    sb1 num_infinity;   // 1 for an infinity of that sign, 2 for a logarithm, else 0
     sb1 start_pos;      // power of 10^8 of the most significant limb
     sb1 end_pos;        // power of 10^8 of data_part[0]
     sb1 is_zero;        // 1 for zero, else 0
@@ -73,9 +73,8 @@ sword QZCICalcNumSqrt(const QZCICalcNumber *operand, QZCICalcNumber *result);
 // e^x. e^-inf is 0, e^inf is inf.
 sword QZCICalcNumExp(const QZCICalcNumber *operand, QZCICalcNumber *result);
 
-// ln x. The record carries at least 130 correct significant digits, so that the
-// quotient of two logarithms can still be rounded right; rounded to 20 base-100
-// digits it is the correctly rounded logarithm. OCI_ERROR for zero and below.
+// ln x. The result also remembers x, so that QZCICalcNumDiv can round the quotient of
+// two such records right. OCI_ERROR for zero and below.
 sword QZCICalcNumLn(const QZCICalcNumber *operand, QZCICalcNumber *result);
 
 // Angles in radians, of any size. OCI_ERROR for an infinity.

@@ -102,7 +102,8 @@ inline void mul(Real<N> &r, const Real<N> &a, const Real<N> &b) {
 // Adds |a| and |b|, or subtracts them when `subtract`; exact but for the bits of the
 // smaller one that fall below the larger one's last limb, and one place in a carry.
 template <int N>
-void add(Real<N> &r, const Real<N> &a, const Real<N> &b, bool subtract = false) {
+__attribute__((noinline)) void add(Real<N> &r, const Real<N> &a, const Real<N> &b,
+                                   bool subtract = false) {
     if (is_zero(b)) {
         r = a;
         return;
@@ -143,7 +144,7 @@ inline void sub(Real<N> &r, const Real<N> &a, const Real<N> &b) {
 }
 
 template <int N>
-void div_1(Real<N> &r, const Real<N> &a, u64 w) {
+__attribute__((noinline)) void div_1(Real<N> &r, const Real<N> &a, u64 w) {
     if (is_zero(a)) return set_zero(r);
     Limbs<N + 1> t;
     u64 rest = 0;
@@ -200,7 +201,7 @@ inline u64 divide_3_by_2(u64 u2, u64 u1, u64 u0, u64 d1, u64 d0, u64 v) {
 // Schoolbook division of the mantissas [Knuth, The Art of Computer Programming 2,
 // 4.3.1 D], N quotient limbs.
 template <int N>
-void div(Real<N> &r, const Real<N> &a, const Real<N> &b) {
+__attribute__((noinline)) void div(Real<N> &r, const Real<N> &a, const Real<N> &b) {
     static_assert(N >= 2);
     if (is_zero(a)) return set_zero(r);
     const bool negative = a.negative != b.negative;
@@ -243,7 +244,7 @@ void div(Real<N> &r, const Real<N> &a, const Real<N> &b) {
 // y + y (1 - a y^2) / 2, which squares the relative error (times 3/2) at each
 // doubling of the width; below 2^-(58 N) + 2^-56 at the start.
 template <int N>
-void reciprocal_sqrt(Real<N> &y, const Real<N> &a) {
+__attribute__((noinline)) void reciprocal_sqrt(Real<N> &y, const Real<N> &a) {
     if constexpr (N == 1) {
         // x in [1/4, 1) with 64 bits; z in (1, 2] with 62.
         const u64 x = a.m[0] >> -a.exp;
@@ -277,7 +278,7 @@ void reciprocal_sqrt(Real<N> &y, const Real<N> &a) {
 // sqrt(a) for a >= 0: s = a y with y = 1/sqrt(a) of half the width, then
 // s + y (a - s^2) / 2.
 template <int N>
-void sqrt(Real<N> &r, const Real<N> &a) {
+__attribute__((noinline)) void sqrt(Real<N> &r, const Real<N> &a) {
     if (is_zero(a)) return set_zero(r);
     const int odd = -(a.exp & 1);
     const int half_exp = (a.exp - odd) / 2;

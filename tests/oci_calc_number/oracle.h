@@ -22,11 +22,10 @@ std::string truncate20(const std::string &text);
 // Names: exp ln sin cos tan asin acos atan sinh cosh tanh pow atan2. Finite operands.
 std::string expected(const std::string &function, const std::string &a, const std::string &b);
 
-// The engine's result, as text; "error" when it refuses. ln is rounded, as the number
-// module does.
+// The engine's result, as text; "error" when it refuses. Computed twice, also in place.
 std::string actual(const std::string &function, const std::string &a, const std::string &b);
 
-// How many significant digits of QZCICalcNumLn's record, computed in place, are right.
+// How many significant digits of ln a are right in the record that a division sees.
 int ln_agreement(const std::string &a);
 
 // The multiple n of pi/2 to `digits` digits, cut off.
