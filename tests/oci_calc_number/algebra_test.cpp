@@ -3,8 +3,7 @@
 #include <algorithm>
 
 #include "oci_calc_number/oci_calc_number.h"
-#include "support/exact.h"
-#include "support/numbers.h"
+#include "support/values.h"
 
 namespace {
 
@@ -33,29 +32,9 @@ Decimal rounded(const Decimal &v) {
     return v.rounded((top >= 0 ? top / 2 : -((1 - top) / 2)) * 2 - 38);
 }
 
-Bytes bytes_of(const Decimal &v) {
-    const Bytes bytes = v.bytes();
-    return !bytes.empty() ? bytes : v.sign() < 0 ? negative_infinity : infinity;
-}
-
-OCINumber number_of(const Decimal &v) {
-    const Bytes bytes = bytes_of(v);
-    OCINumber n;
-    std::memset(&n, unused, sizeof n);
-    std::copy(bytes.begin(), bytes.end(), n.OCINumberPart);
-    return n;
-}
-
 // A number of `count` digits at most, the first at 10^top.
 Decimal value(Random &random, int count, int top) {
-    std::string digits(1, static_cast<char>('0' + between(random, 1, 9)));
-    const int style = between(random, 0, 3);  // mostly any digits, else runs of 0 or of 9
-    for (int i = 1; i < count; ++i) {
-        digits += static_cast<char>(style == 0 && between(random, 0, 5) != 0 ? '0'
-                                    : style == 1 && between(random, 0, 5) != 0
-                                        ? '9'
-                                        : '0' + between(random, 0, 9));
-    }
+    std::string digits = random_digits(random, static_cast<size_t>(count));
     if (between(random, 0, 1) != 0) digits.insert(0, "-");
     return rounded(Decimal(digits, top - count + 1));
 }
@@ -154,7 +133,7 @@ QZCICalcNumber record(const OCINumber &n) {
     EXPECT_EQ(QZCICalcNumFromNumber(&r, &n), 0);
     return r;
 }
-QZCICalcNumber record(const Decimal &v) { return record(number_of(v)); }
+QZCICalcNumber record(const Decimal &v) { return record(number(result_bytes(v))); }
 
 // The result in a record of its own, or in place of an operand.
 Bytes call(TwoParam f, const Decimal &a, const Decimal &b, int place) {
@@ -176,12 +155,12 @@ TEST(Algebra, RandomOperandsOfTwo) {
                      std::to_string(b.exponent()) + (a.sign() < 0 ? " -" : " +") +
                      (b.sign() < 0 ? "-" : "+"));
         const int place = between(random, 0, 9);
-        EXPECT_EQ(call(QZCICalcNumAdd, a, b, place), bytes_of(exact_sum(a, b, false)));
-        EXPECT_EQ(call(QZCICalcNumSub, a, b, place), bytes_of(exact_sum(a, b, true)));
-        EXPECT_EQ(call(QZCICalcNumMul, a, b, place), bytes_of(exact_product(a, b)));
+        EXPECT_EQ(call(QZCICalcNumAdd, a, b, place), result_bytes(exact_sum(a, b, false)));
+        EXPECT_EQ(call(QZCICalcNumSub, a, b, place), result_bytes(exact_sum(a, b, true)));
+        EXPECT_EQ(call(QZCICalcNumMul, a, b, place), result_bytes(exact_product(a, b)));
         if (b.sign() == 0) continue;
-        EXPECT_EQ(call(QZCICalcNumDiv, a, b, place), bytes_of(truncated_quotient(a, b)));
-        EXPECT_EQ(call(QZCICalcNumMod, a, b, place), bytes_of(exact_remainder(a, b)));
+        EXPECT_EQ(call(QZCICalcNumDiv, a, b, place), result_bytes(truncated_quotient(a, b)));
+        EXPECT_EQ(call(QZCICalcNumMod, a, b, place), result_bytes(exact_remainder(a, b)));
     }
 }
 
@@ -198,11 +177,11 @@ TEST(Algebra, RandomOperandsOfOne) {
         }
         SCOPED_TRACE(a.digits() + "e" + std::to_string(a.exponent()) + (a.sign() < 0 ? "-" : "+"));
         const int place = between(random, 0, 3);
-        EXPECT_EQ(call(QZCICalcNumCeil, a, place), bytes_of(exact_integer(a, true)));
-        EXPECT_EQ(call(QZCICalcNumFloor, a, place), bytes_of(exact_integer(a, false)));
+        EXPECT_EQ(call(QZCICalcNumCeil, a, place), result_bytes(exact_integer(a, true)));
+        EXPECT_EQ(call(QZCICalcNumFloor, a, place), result_bytes(exact_integer(a, false)));
         mpz_abs(a.units(), a.units());
-        EXPECT_EQ(call(QZCICalcNumSqrt, a, place), bytes_of(truncated_root(a)));
-        EXPECT_EQ(run(record(a)), bytes_of(a));
+        EXPECT_EQ(call(QZCICalcNumSqrt, a, place), result_bytes(truncated_root(a)));
+        EXPECT_EQ(run(record(a)), result_bytes(a));
     }
 }
 
@@ -218,7 +197,7 @@ TEST(Algebra, Ties) {
         const int off = between(random, -1, 1);
         if (off != 0) b = exact_sum(b, Decimal(off < 0 ? "-1" : "1", last - 30), false);
         SCOPED_TRACE(a.plain() + " + " + b.plain());
-        EXPECT_EQ(call(QZCICalcNumAdd, a, b, 0), bytes_of(exact_sum(a, b, false)));
+        EXPECT_EQ(call(QZCICalcNumAdd, a, b, 0), result_bytes(exact_sum(a, b, false)));
     }
 }
 
@@ -255,7 +234,7 @@ TEST(Algebra, QuotientOfWideRecords) {
         mpz_clear(ten);
         Decimal scaled("0", a.exponent() - b.exponent() - 400);
         mpz_tdiv_q(scaled.units(), a.units(), b.units());
-        EXPECT_EQ(run(q), bytes_of(scaled)) << a.plain() << " / " << b.plain();
+        EXPECT_EQ(run(q), result_bytes(scaled)) << a.plain() << " / " << b.plain();
         ASSERT_EQ(QZCICalcNumDiv(&x, &x, &q), 0);
         EXPECT_EQ(run(q), (Bytes{2, 193, 2}));
     }
