@@ -20,6 +20,7 @@ struct Command {
 Command add_encode(CLI::App &tool);
 Command add_decode(CLI::App &tool);
 Command add_inspect(CLI::App &tool);
+Command add_calc(CLI::App &tool);
 // round, trunc, prec, shift, abs, neg.
 std::vector<Command> add_operations(CLI::App &tool);
 
