@@ -7,10 +7,11 @@
 // result unspecified. They keep no state, take no lock, allocate nothing, never
 // touch the floating-point environment, and may run on any number of threads.
 //
-// For finite operands of at most 20 base-100 digits the result is the exact
-// mathematical value rounded once, half away from zero, to 20 base-100 digits; a
-// magnitude of 10^126 or more after rounding is the infinity of that sign, one
-// below 10^-128 is zero, both with success. docs/numerics.md says how.
+// For finite operands of at most 20 base-100 digits the result, once it is a number, is
+// the exact mathematical value rounded once, half away from zero, to 20 base-100 digits;
+// a magnitude of 10^126 or more after rounding is the infinity of that sign, one below
+// 10^-128 is zero, both with success. docs/numerics.md says how. The algebraic functions
+// leave the rounding to QZCICalcNumToNumber.
 #pragma once
 
 #include "oci.h"
@@ -25,6 +26,49 @@ struct QZCICalcNumber {
     sb1 end_pos;        // power of 10^8 of data_part[0]
     sb1 is_zero;        // 1 for zero, else 0
 };
+
+// The value of a number whose length byte is valid, normal form or not, or an infinity.
+// OCI_ERROR, with the record unspecified, when there are no digit bytes (and it is
+// neither zero nor negative infinity) or one is out of its range.
+sword QZCICalcNumFromNumber(QZCICalcNumber *out, const OCINumber *in);
+
+// The value rounded half away from zero to 20 base-100 digits, in normal form, under the
+// range rule above. Never fails. May write any of the 22 bytes.
+sword QZCICalcNumToNumber(const QZCICalcNumber *in, OCINumber *out);
+
+// Terminated decimal text of the value in a buffer of `size` bytes: plain ("-0.05",
+// "100") when the first digit's power of ten is -7 to 39, else with an exponent
+// ("1.5E125", "1E-100"); "~" and "-~" for infinities. What the buffer cannot hold is
+// rounded off, half away from zero; plain text whose integer digits do not fit takes
+// an exponent. OCI_ERROR, with an empty text when there is a byte for it, when the
+// buffer cannot hold one digit with its exponent.
+sword QZCICalcNumToStr(const QZCICalcNumber *in, char *buf, size_t size);
+
+// Sum, difference and product: exact, as long as they fit in 40 limbs, which those of
+// numbers do; else cut off. OCI_ERROR for inf - inf and 0 x inf.
+sword QZCICalcNumAdd(const QZCICalcNumber *operand1, const QZCICalcNumber *operand2,
+                     QZCICalcNumber *result);
+sword QZCICalcNumSub(const QZCICalcNumber *operand1, const QZCICalcNumber *operand2,
+                     QZCICalcNumber *result);
+sword QZCICalcNumMul(const QZCICalcNumber *operand1, const QZCICalcNumber *operand2,
+                     QZCICalcNumber *result);
+
+// The quotient cut off after six limbs or more, for records of any width. x / inf is 0.
+// OCI_ERROR for inf / inf and a divisor of zero.
+sword QZCICalcNumDiv(const QZCICalcNumber *dividend, const QZCICalcNumber *divisor,
+                     QZCICalcNumber *quotient);
+
+// The exact remainder of the truncated quotient: the dividend's sign, a magnitude below
+// the divisor's. x mod inf is x. OCI_ERROR for an infinite dividend and a divisor of zero.
+sword QZCICalcNumMod(const QZCICalcNumber *dividend, const QZCICalcNumber *divisor,
+                     QZCICalcNumber *result);
+
+// The nearest integer not below, and not above.
+sword QZCICalcNumCeil(const QZCICalcNumber *operand, QZCICalcNumber *result);
+sword QZCICalcNumFloor(const QZCICalcNumber *operand, QZCICalcNumber *result);
+
+// The root cut off after six limbs. sqrt(inf) is inf. OCI_ERROR for a negative operand.
+sword QZCICalcNumSqrt(const QZCICalcNumber *operand, QZCICalcNumber *result);
 
 // e^x. e^-inf is 0, e^inf is inf.
 sword QZCICalcNumExp(const QZCICalcNumber *operand, QZCICalcNumber *result);

@@ -36,6 +36,39 @@ const struct {
      [](auto e, auto n, auto, auto r) {
          return OCINumberFromInt(e, n->OCINumberPart + 14, 8, OCI_NUMBER_SIGNED, r);
      }},
+#define UNARY(name)                                                                  \
+    {                                                                                \
+#name, [](auto e, auto n, auto, auto r) { return OCINumber##name(e, n, r); } \
+    }
+    UNARY(Sin),
+    UNARY(Cos),
+    UNARY(Tan),
+    UNARY(ArcSin),
+    UNARY(ArcCos),
+    UNARY(ArcTan),
+    UNARY(HypSin),
+    UNARY(HypCos),
+    UNARY(HypTan),
+    UNARY(Ceil),
+    UNARY(Exp),
+    UNARY(Floor),
+    UNARY(Ln),
+    UNARY(Sqrt),
+// With a valid second operand, and with any bytes there.
+#define BINARY(name)                                                                              \
+    {#name " 1", [](auto e, auto n, auto, auto r) { return OCINumber##name(e, n, r, r); }},       \
+        {#name " 2", [](auto e, auto n, auto, auto r) { return OCINumber##name(e, r, n, r); }}, { \
+#name " 3", [](auto e, auto n, auto, auto r) { return OCINumber##name(e, n, n, r); }      \
+    }
+    BINARY(Add),
+    BINARY(Sub),
+    BINARY(Mul),
+    BINARY(Div),
+    BINARY(Mod),
+    BINARY(Power),
+    BINARY(ArcTan2),
+    BINARY(Log),
+    {"IntPower", [](auto e, auto n, auto c, auto r) { return OCINumberIntPower(e, n, c, r); }},
     {"codec",
      [](auto, auto n, auto, auto r) {
          OraText text[300];
