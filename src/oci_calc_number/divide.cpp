@@ -185,29 +185,16 @@ constexpr int wide = calc::max_limbs / 2;
 
 inline bool is_narrow(const QZCICalcNumber &n) { return calc::limb_count(n) <= 2 * narrow; }
 
-// The digits of a logarithm that its record does not show count in a quotient.
-sword divide_logarithms(const QZCICalcNumber &a, const QZCICalcNumber &b,
-                        QZCICalcNumber &quotient) {
-    const auto expand = [](QZCICalcNumber &full, const QZCICalcNumber &n) {
-        if (calc::is_logarithm(n)) {
-            calc::expand_logarithm(full, n);
-        } else {
-            calc::copy(full, n);
-        }
-    };
-    QZCICalcNumber full_a, full_b;
-    expand(full_a, a);
-    expand(full_b, b);
-    return QZCICalcNumDiv(&full_a, &full_b, &quotient);
-}
-
 }  // namespace
 
 extern "C" sword QZCICalcNumDiv(const QZCICalcNumber *dividend, const QZCICalcNumber *divisor,
                                 QZCICalcNumber *quotient) {
     const QZCICalcNumber &a = *dividend;
     const QZCICalcNumber &b = *divisor;
-    if (calc::is_logarithm(a) || calc::is_logarithm(b)) return divide_logarithms(a, b, *quotient);
+    if (calc::is_logarithm(a) && calc::is_logarithm(b)) {
+        calc::divide_logarithms(*quotient, a, b);
+        return OCI_SUCCESS;
+    }
     const bool negative = calc::is_negative(a) != calc::is_negative(b);
     if (b.is_zero != 0 || (calc::is_infinite(a) && calc::is_infinite(b))) return OCI_ERROR;
     if (calc::is_infinite(a)) {

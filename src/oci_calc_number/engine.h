@@ -9,10 +9,10 @@
 // OCINumber are.
 //
 // A logarithm (num_infinity 2) is a finite value like any other, the rounded ln x. Beyond
-// its limbs it keeps x, from which expand_logarithm computes more digits: a quotient of
-// two logarithms can only be rounded right with some 130 digits of each, while nobody
-// else needs more than the rounded value. Only QZCICalcNumLn sets the mark; every helper
-// that builds a record clears it.
+// its limbs it keeps x: a quotient of two logarithms can only be rounded right with some 130
+// digits of each, which divide_logarithms computes as it needs them, while nobody else
+// needs more than the rounded value. Only QZCICalcNumLn sets the mark; every helper that
+// builds a record clears it.
 #pragma once
 
 #include "oci_calc_number/oci_calc_number.h"
@@ -36,10 +36,8 @@ inline bool is_infinite(const QZCICalcNumber &n) { return n.num_infinity == 1; }
 inline constexpr sb1 logarithm_mark = 2;
 inline bool is_logarithm(const QZCICalcNumber &n) { return n.num_infinity == logarithm_mark; }
 
-// Writes the logarithm n, a record with is_logarithm, into `full` as a plain record of
-// 137 significant digits or more. `full` may be n. A division must do this to each of its
-// operands that is a logarithm before it divides.
-void expand_logarithm(QZCICalcNumber &full, const QZCICalcNumber &n);
+// Rounds a / b, two records with is_logarithm. `quotient` may be one of them.
+void divide_logarithms(QZCICalcNumber &quotient, const QZCICalcNumber &a, const QZCICalcNumber &b);
 
 // How many base-100 digits a top limb has.
 inline int top_digits(ub4 limb) {

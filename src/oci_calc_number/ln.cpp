@@ -141,22 +141,36 @@ constexpr int kept_limbs = max_limbs - max_number_limbs;
 constexpr int kept_count = kept_limbs - 1;
 constexpr int kept_pos = kept_limbs - 2;
 
-// 137 significant digits or more of the 142 that are correct.
-constexpr int expanded_limbs = 18;
-static_assert(ln_bits<ln_limbs> > 142 * 3.322);
+void keep_operand(QZCICalcNumber &n, const QZCICalcNumber &operand) {
+    const int count = limb_count(operand);
+    for (int i = 0; i < count; ++i) n.data_part[kept_limbs + i] = operand.data_part[i];
+    n.data_part[kept_count] = static_cast<ub4>(count);
+    n.data_part[kept_pos] = static_cast<ub4>(operand.end_pos - min_power);
+}
 
-}  // namespace
-
-void expand_logarithm(QZCICalcNumber &full, const QZCICalcNumber &n) {
+void read_kept_operand(Decimal &x, const QZCICalcNumber &n) {
     QZCICalcNumber operand;
     const int count = static_cast<int>(n.data_part[kept_count]);
     for (int i = 0; i < count; ++i) operand.data_part[i] = n.data_part[kept_limbs + i];
     set_frame(operand, false, static_cast<int>(n.data_part[kept_pos]) + min_power, count);
-    Decimal x;
     read(x, operand);
-    Real<ln_limbs> r;
-    ln(r, x);
-    truncate_to_record(full, r, expanded_limbs);
+}
+
+}  // namespace
+
+// No quotient is a tie: a rational one is p/q with x = z^p and y = z^q, |p| and |q| below
+// 512, so it has 9 decimals at most when it has an end.
+void divide_logarithms(QZCICalcNumber &quotient, const QZCICalcNumber &a, const QZCICalcNumber &b) {
+    Decimal x, y;
+    read_kept_operand(x, a);
+    read_kept_operand(y, b);
+    round_by_passes(quotient, [&]<int N>(Real<N> &r) {
+        Real<N> divisor;
+        ln(r, x);
+        ln(divisor, y);
+        div(r, r, divisor);
+        return ln_bits<N> - 2;
+    });
 }
 
 }  // namespace calc
@@ -175,10 +189,7 @@ sword QZCICalcNumLn(const QZCICalcNumber *operand, QZCICalcNumber *result) {
         set_zero(*result);
         return OCI_SUCCESS;
     }
-    const int count = limb_count(*operand);
-    for (int i = 0; i < count; ++i) result->data_part[kept_limbs + i] = operand->data_part[i];
-    result->data_part[kept_count] = static_cast<ub4>(count);
-    result->data_part[kept_pos] = static_cast<ub4>(x.pos - min_power);
+    keep_operand(*result, *operand);
     round_by_passes(*result, [&x]<int N>(Real<N> &r) {
         ln(r, x);
         return ln_bits<N>;

@@ -115,22 +115,9 @@ bool round_to_record(QZCICalcNumber &result, const Real<N> &v, int bits, Undecid
     return true;
 }
 
-template <int N>
-void truncate_to_record(QZCICalcNumber &result, const Real<N> &v, int count) {
-    Scaled<N> s;
-    scale(s, v);
-    result.data_part[count - 1] = s.top;
-    int i = count - 1;
-    for (; i >= 2; i -= 2)
-        put_pair(result.data_part + i - 2, mul_1<N>(s.fraction, s.fraction, limb_base_2));
-    if (i == 1) result.data_part[0] = static_cast<ub4>(mul_1<N>(s.fraction, s.fraction, limb_base));
-    set_trimmed(result, v.negative, s.pos - count + 1, count);
-}
-
 template bool round_to_record<3>(QZCICalcNumber &, const Real<3> &, int, Undecided);
 template bool round_to_record<4>(QZCICalcNumber &, const Real<4> &, int, Undecided);
 template bool round_to_record<8>(QZCICalcNumber &, const Real<8> &, int, Undecided);
 template bool round_to_record<16>(QZCICalcNumber &, const Real<16> &, int, Undecided);
-template void truncate_to_record<8>(QZCICalcNumber &, const Real<8> &, int);
 
 }  // namespace calc

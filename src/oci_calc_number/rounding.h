@@ -31,8 +31,4 @@ void round_by_passes(QZCICalcNumber &result, Evaluate evaluate) {
         attempt(Real<16>(), Undecided::nearest);
 }
 
-// Writes `count` limbs (from the top one down, at most 38) of v, cut off.
-template <int N>
-void truncate_to_record(QZCICalcNumber &result, const Real<N> &v, int count);
-
 }  // namespace calc

@@ -8,8 +8,6 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "oci_calc_number/engine.h"
-
 namespace oracle {
 namespace {
 
@@ -98,6 +96,21 @@ using Binary = int (*)(mpfr_ptr, mpfr_srcptr, mpfr_srcptr, mpfr_rnd_t);
 using EngineUnary = sword (*)(const QZCICalcNumber *, QZCICalcNumber *);
 using EngineBinary = sword (*)(const QZCICalcNumber *, const QZCICalcNumber *, QZCICalcNumber *);
 
+// The logarithm of x to the base b, as the number module has it computed.
+int mpfr_log_base(mpfr_ptr r, mpfr_srcptr b, mpfr_srcptr x, mpfr_rnd_t rounding) {
+    Mpfr divisor(mpfr_get_prec(r));
+    mpfr_log(divisor.v, b, rounding);
+    mpfr_log(r, x, rounding);
+    return mpfr_div(r, r, divisor.v, rounding);
+}
+
+sword log_base(const QZCICalcNumber *b, const QZCICalcNumber *x, QZCICalcNumber *result) {
+    QZCICalcNumber divisor = *b, dividend = *x;
+    if (QZCICalcNumLn(&divisor, &divisor) != OCI_SUCCESS) return OCI_ERROR;
+    if (QZCICalcNumLn(&dividend, &dividend) != OCI_SUCCESS) return OCI_ERROR;
+    return QZCICalcNumDiv(&dividend, &divisor, result);
+}
+
 struct Function {
     Unary unary;
     Binary binary;
@@ -119,6 +132,7 @@ const Function &find(std::string_view name) {
         {"cosh", {mpfr_cosh, nullptr, QZCICalcNumCosh, nullptr}},
         {"tanh", {mpfr_tanh, nullptr, QZCICalcNumTanh, nullptr}},
         {"pow", {nullptr, mpfr_pow, nullptr, QZCICalcNumPower}},
+        {"log", {nullptr, mpfr_log_base, nullptr, log_base}},
         {"atan2", {nullptr, mpfr_atan2, nullptr, QZCICalcNumAtan2}},
     };
     return functions.at(name);
@@ -278,22 +292,6 @@ std::string actual(const std::string &function, const std::string &a, const std:
         if (t != round20(t)) return "not rounded: " + t;
     }
     return texts[0] == texts[1] ? texts[0] : texts[0] + " but in place " + texts[1];
-}
-
-int ln_agreement(const std::string &a) {
-    QZCICalcNumber n = record(a);
-    if (QZCICalcNumLn(&n, &n) != OCI_SUCCESS || !calc::is_logarithm(n)) return 0;
-    calc::expand_logarithm(n, n);
-    if (calc::is_logarithm(n)) return 0;
-    Mpfr x(1400), got(1400);
-    mpfr_set_str(x.v, a.c_str(), 10, MPFR_RNDN);
-    mpfr_log(x.v, x.v, MPFR_RNDN);
-    mpfr_set_str(got.v, text(n).c_str(), 10, MPFR_RNDN);
-    mpfr_div(got.v, got.v, x.v, MPFR_RNDN);
-    mpfr_sub_ui(got.v, got.v, 1, MPFR_RNDN);
-    return mpfr_zero_p(got.v)
-               ? 400
-               : static_cast<int>(-0.30103 * static_cast<double>(mpfr_get_exp(got.v)));
 }
 
 std::string half_pi_multiple(const std::string &n, int digits) {

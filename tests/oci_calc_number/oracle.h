@@ -19,7 +19,8 @@ std::string round20(const std::string &text);
 std::string truncate20(const std::string &text);
 
 // The exact value of function(a) or function(a, b), rounded once, with the range rule.
-// Names: exp ln sin cos tan asin acos atan sinh cosh tanh pow atan2. Finite operands.
+// Names: exp ln sin cos tan asin acos atan sinh cosh tanh pow atan2 log
+// (base, x). Finite operands.
 std::string expected(const std::string &function, const std::string &a, const std::string &b);
 
 // The engine's function of that name; b counts for two operands only.
@@ -28,9 +29,6 @@ sword call(const char *function, const QZCICalcNumber &a, const QZCICalcNumber &
 
 // Its result, as text; "error" when it refuses. Computed twice, also in place.
 std::string actual(const std::string &function, const std::string &a, const std::string &b);
-
-// How many significant digits of ln a are right in the record that a division sees.
-int ln_agreement(const std::string &a);
 
 // The multiple n of pi/2 to `digits` digits, cut off.
 std::string half_pi_multiple(const std::string &n, int digits);
