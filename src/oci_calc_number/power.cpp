@@ -98,10 +98,39 @@ bool tie_above(Decimal &tie, const QZCICalcNumber &down) {
     return true;
 }
 
+// |y|, when it is an integer that repeated multiplication is the quickest for; else 0.
+unsigned small_exponent(const Decimal &y) {
+    constexpr u64 limit = 1 << 16;
+    return y.pos == 0 && y.m[0] < limit && (y.m[1] | y.m[2]) == 0 ? static_cast<unsigned>(y.m[0])
+                                                                  : 0;
+}
+
+// x^n, or x^-n when `invert`, by squaring. Errors of 2^-real_bits in x and in each product
+// enter with the power that is still to come: 2n + 2 in all. Returns the result's bits.
+int integer_power(Real<3> &r, const Decimal &x, unsigned n, bool invert) {
+    Real<3> base, one;
+    to_real(base, x);
+    r = base;
+    const int length = 64 - leading_zeros(n);
+    for (int bit = length - 2; bit >= 0; --bit) {
+        mul(r, r, r);
+        if ((n >> bit & 1) != 0) mul(r, r, base);
+    }
+    set_int(one, 1);
+    if (invert) div(r, one, r);
+    return real_bits<3> - 2 - length;
+}
+
 // |x|^y for finite x other than 0, 1, -1 and finite y other than 0.
 sword power(QZCICalcNumber &result, const Decimal &x, const Decimal &y, bool negative) {
     Decimal magnitude = x;
     magnitude.negative = false;
+    if (const unsigned n = small_exponent(y)) {
+        Real<3> r;
+        const int r_bits = integer_power(r, magnitude, n, y.negative);
+        r.negative = negative;
+        if (round_to_record(result, r, r_bits)) return OCI_SUCCESS;
+    }
     // t = y ln x: the logarithm's relative error and 2 more of 2^-real_bits, times
     // |t| < 2^9, give the result's.
     constexpr int bits = ln_bits<4> - 9 - 2;
