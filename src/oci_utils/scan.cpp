@@ -1,9 +1,11 @@
 // Text scanners: integers and floating point, whatever the process's locale.
 #include <cmath>
-#include <cstring>
 #include <limits>
 
+#include "oci_utils/natural.h"
 #include "oci_utils/oci_utils.h"
+
+using namespace natural;
 
 namespace {
 
@@ -40,76 +42,8 @@ extern "C" long long my_strtoll10(const char *nptr, char **endptr, int *error) {
 
 namespace {
 
-__extension__ typedef unsigned __int128 ub16;
-
 constexpr unsigned max_decimals = 1024;
-constexpr unsigned decimals_per_limb = 19;  // 10^19 < 2^64
-constexpr unsigned fives_per_limb = 27;     // 5^27 < 2^64
 constexpr int mantissa_bits = std::numeric_limits<long double>::digits;
-
-constexpr ub8 power(ub8 base, unsigned exponent) {
-    ub8 result = 1;
-    while (exponent-- > 0) result *= base;
-    return result;
-}
-
-// A natural number, least significant limb first. Room for max_decimals digits
-// (3402 bits), shifted up as far as a division by 5^max_decimals (2378 bits)
-// needs to leave a quotient wider than the mantissa.
-struct Natural {
-    ub8 limbs[96];
-    unsigned size = 0;
-
-    void multiply_add(ub8 factor, ub8 addend) {
-        ub16 carry = addend;
-        for (unsigned i = 0; i < size; ++i) {
-            carry += static_cast<ub16>(limbs[i]) * factor;
-            limbs[i] = static_cast<ub8>(carry);
-            carry >>= 64;
-        }
-        if (carry != 0) limbs[size++] = static_cast<ub8>(carry);
-    }
-
-    void shift_limbs_up(unsigned count) {
-        std::memmove(limbs + count, limbs, size * sizeof *limbs);
-        std::memset(limbs, 0, count * sizeof *limbs);
-        size += count;
-    }
-
-    // Divides in place; returns whether there was a remainder.
-    bool divide(ub8 divisor) {
-        ub16 rest = 0;
-        for (unsigned i = size; i-- > 0;) {
-            rest = rest << 64 | limbs[i];
-            limbs[i] = static_cast<ub8>(rest / divisor);
-            rest %= divisor;
-        }
-        while (size > 0 && limbs[size - 1] == 0) --size;
-        return rest != 0;
-    }
-
-    unsigned bits() const {
-        return size == 0 ? 0 : 64 * size - static_cast<unsigned>(__builtin_clzll(limbs[size - 1]));
-    }
-
-    // Bits `from` and up, 128 of them.
-    ub16 bits_from(unsigned from) const {
-        ub16 result = 0;
-        for (unsigned i = 0; i < 3 && from / 64 + i < size; ++i) {
-            const int place = static_cast<int>(64 * i) - static_cast<int>(from % 64);
-            const ub16 limb = limbs[from / 64 + i];
-            result |= place < 0 ? limb >> -place : place < 128 ? limb << place : 0;
-        }
-        return result;
-    }
-
-    bool any_bit_below(unsigned i) const {
-        for (unsigned k = 0; k < i / 64; ++k) {
-            if (limbs[k] != 0) return true;
-        }
-        return i % 64 != 0 && limbs[i / 64] << (64 - i % 64) != 0;
-    }
-};
 
 // (n + rest) * 2^scale to nearest, ties to even, where 0 <= rest < 1 is not zero
 // exactly when `inexact`, and n is wider than the mantissa then. Rounds with
