@@ -23,10 +23,41 @@ public:
     }
     ~Decimal() { mpz_clear(units_); }
 
-    mpz_ptr units() { return units_; }
+    // The value of number bytes, finite and not zero.
+    static Decimal of(const std::vector<int> &bytes) {
+        const bool negative = bytes[1] < 128;
+        const size_t pairs = bytes.size() - 2 - (bytes.back() == 102);
+        std::string digits = negative ? "-" : "";
+        for (size_t i = 0; i < pairs; ++i) {
+            const int pair = negative ? 101 - bytes[2 + i] : bytes[2 + i] - 1;
+            digits += static_cast<char>('0' + pair / 10);
+            digits += static_cast<char>('0' + pair % 10);
+        }
+        const int first = negative ? 62 - bytes[1] : bytes[1] - 193;
+        return Decimal(digits, 2 * (first - static_cast<long>(pairs) + 1));
+    }
+
     mpz_srcptr units() const { return units_; }
     long exponent() const { return exponent_; }
     int sign() const { return mpz_sgn(units_); }
+
+    // The value times 10^places.
+    Decimal shifted(long places) const {
+        Decimal result = *this;
+        result.exponent_ += places;
+        return result;
+    }
+
+    Decimal plus(long integer) const {
+        Decimal result = exponent_ > 0 ? Decimal(*this, 0) : *this;
+        mpz_t term;
+        mpz_init(term);
+        mpz_ui_pow_ui(term, 10, static_cast<unsigned long>(-result.exponent_));
+        mpz_mul_si(term, term, integer);
+        mpz_add(result.units_, result.units_, term);
+        mpz_clear(term);
+        return result;
+    }
 
     // Rounds half away from zero to a multiple of 10^place.
     Decimal rounded(long place) const {
