@@ -70,9 +70,11 @@ struct Ieee {
                 static_cast<int>(biased) - bias};
     }
 
-    // To nearest, ties to even, for a value in the range of normal reals whose
-    // mantissa has its top bit set.
+    // To nearest, ties to even; for zero, and for a value in the range of normal
+    // reals whose mantissa has its top bit set.
     static Bits round(const Binary &value) {
+        const auto sign = static_cast<Bits>(Bits{value.negative} << sign_bit);
+        if (value.mantissa == 0) return sign;
         constexpr int dropped = 64 - digits;
         constexpr ub8 half = ub8{1} << (dropped - 1);
         ub8 kept = value.mantissa >> dropped;
@@ -80,8 +82,8 @@ struct Ieee {
         if (rest > half || (rest == half && (kept & 1) != 0)) ++kept;
         // A carry out of the mantissa adds one to the exponent, where it belongs.
         const auto biased = static_cast<Bits>(value.exponent + dropped + bias);
-        return static_cast<Bits>((Bits{value.negative} << sign_bit) + (biased << (digits - 1)) +
-                                 (static_cast<Bits>(kept) - hidden_bit));
+        return sign + static_cast<Bits>(biased << (digits - 1)) +
+               (static_cast<Bits>(kept) - hidden_bit);
     }
 };
 using Float = Ieee<float, ub4>;
@@ -150,14 +152,8 @@ bool OCINumberStoreNarrow(long double data, void *rsl) {
     using limits = std::numeric_limits<Real>;
     const long double magnitude = data < 0 ? -data : data;
     if (magnitude != 0 && (magnitude > limits::max() || magnitude < limits::min())) return false;
-    const Real zero = 0;
-    const Binary value = LongDouble::split(&data);
-    if (value.mantissa == 0) {
-        std::memcpy(rsl, &zero, sizeof zero);
-    } else {
-        const auto bits = Layout::round(value);
-        std::memcpy(rsl, &bits, sizeof bits);
-    }
+    const auto bits = Layout::round(LongDouble::split(&data));
+    std::memcpy(rsl, &bits, sizeof bits);
     return true;
 }
 
