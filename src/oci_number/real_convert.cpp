@@ -2,6 +2,7 @@
 // are taken apart and put together with integers: the rounding mode has no part
 // in a result, and no locale in a text.
 #include <cfloat>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -150,9 +151,12 @@ void OCINumberStoreInfinity(bool negative, uword rsl_length, void *rsl) {
 template <class Layout, class Real>
 bool OCINumberStoreNarrow(long double data, void *rsl) {
     using limits = std::numeric_limits<Real>;
-    const long double magnitude = data < 0 ? -data : data;
-    if (magnitude != 0 && (magnitude > limits::max() || magnitude < limits::min())) return false;
-    const auto bits = Layout::round(LongDouble::split(&data));
+    const Binary value = LongDouble::split(&data);
+    if (value.mantissa != 0) {
+        const long double magnitude = std::fabs(data);
+        if (magnitude > limits::max() || magnitude < limits::min()) return false;
+    }
+    const auto bits = Layout::round(value);
     std::memcpy(rsl, &bits, sizeof bits);
     return true;
 }

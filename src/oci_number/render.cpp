@@ -1,7 +1,5 @@
 // The plain decimal text of a number, cut and rounded to a count of fraction
 // digits: the step that the conversions to text and to reals share.
-#include <cstring>
-
 #include "oci_number/oci_number.h"
 #include "oci_utils/oci_utils.h"
 
@@ -89,9 +87,9 @@ sword OCINumberProcessValue(const OCINumber *number, OraText **number_raw_str, s
         return OCI_NUMBER_RETURN(trace_name, status);
     }
     sb8 number_str_len = n_number_str_len;
-    const void *const period = std::memchr(number_str, '.', n_number_str_len);
-    if (!has_tm && period != nullptr) {
-        const sb8 period_pos = static_cast<const OraText *>(period) - number_str;
+    if (!has_tm) {
+        sb8 period_pos = 0;
+        while (period_pos < number_str_len && number_str[period_pos] != '.') ++period_pos;
         if (number_str_len - 1 - period_pos > sb8{scale} &&
             !OCINumberCutText({number_str, period_pos, scale}, *number_raw_len, number_str_len)) {
             return OCI_NUMBER_RETURN(trace_name, OCI_ERROR);

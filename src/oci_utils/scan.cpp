@@ -1,4 +1,5 @@
 // Text scanners: integers and floating point, whatever the process's locale.
+#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -57,7 +58,12 @@ long double to_long_double(ub8 mantissa, bool up, int exponent) {
         mantissa = ub8{1} << 63;
         ++exponent;
     }
-    return std::ldexp(static_cast<long double>(mantissa), exponent);
+    const auto real = static_cast<long double>(mantissa);
+    // A product with a power of two is exact, and much faster than ldexp.
+    if (exponent > -1023 && exponent < 1024) {
+        return real * std::bit_cast<double>(static_cast<ub8>(exponent + 1023) << 52);
+    }
+    return std::ldexp(real, exponent);
 }
 
 // The digits of a decimal text: an integer over 10^fraction.
@@ -134,21 +140,31 @@ extern "C" long double qz_atold(const char *start, const char *end, int *error) 
         if (*p == '.') point = p;
     }
     DecimalDigits digits{p, end, 0, 0};
-    // The first digits as one number, in two halves of a limb each.
-    ub8 half_values[2] = {};
-    unsigned half_counts[2] = {};
-    for (; p != end; ++p) {
-        if (*p == '.' && point == nullptr) {
-            point = p;
-            continue;
+    // The first digits as one number, in two limbs, and the count of the others.
+    const auto take = [&](ptrdiff_t most, unsigned &count) {
+        ub8 value = 0;
+        const char *first = p;
+        const char *limit = end - p > most ? p + most : end;
+        for (; p != limit; ++p) {
+            if (is_digit(*p)) {
+                value = value * 10 + static_cast<ub8>(*p - '0');
+            } else if (*p == '.' && point == nullptr) {
+                point = p;
+                ++first;
+                if (limit != end) ++limit;
+            } else {
+                break;
+            }
         }
-        if (!is_digit(*p)) return 0;
-        const unsigned half = digits.count++ / decimals_per_limb;
-        if (half < 2) {
-            half_values[half] = half_values[half] * 10 + static_cast<ub8>(*p - '0');
-            ++half_counts[half];
-        }
-    }
+        count = static_cast<unsigned>(p - first);
+        return value;
+    };
+    unsigned high_count, low_count, rest_count;
+    const ub8 high = take(decimals_per_limb, high_count);
+    const ub8 low = take(decimals_per_limb, low_count);
+    take(max_decimals, rest_count);
+    if (p != end) return 0;
+    digits.count = high_count + low_count + rest_count;
     const size_t length = static_cast<size_t>(end - all);
     const size_t fraction = point == nullptr ? 0 : static_cast<size_t>(end - point) - 1;
     if (length == (point == nullptr ? 0 : 1) || digits.count > max_decimals ||
@@ -159,12 +175,11 @@ extern "C" long double qz_atold(const char *start, const char *end, int *error) 
     *error = 0;
 
     long double magnitude = 0;
-    if (digits.count > 2 * decimals_per_limb) {
+    if (rest_count > 0) {
         magnitude = exact_long_double(digits);
     } else if (digits.count > 0) {
-        const ub16 value =
-            static_cast<ub16>(half_values[0]) * power(10, half_counts[1]) + half_values[1];
-        magnitude = nearest_long_double(value, digits);
+        magnitude =
+            nearest_long_double(static_cast<ub16>(high) * power(10, low_count) + low, digits);
     }
     return negative ? -magnitude : magnitude;
 }
