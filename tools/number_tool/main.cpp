@@ -76,6 +76,20 @@ CLI::Option *add_form(CLI::App &command, const char *option, Form &form, const s
         ->expected(1);
 }
 
+void add_model(CLI::App &command, std::string &model) {
+    command
+        .add_option(
+            "-m,--model",
+            [&model](const CLI::results_t &models) {
+                model = models.back();
+                return true;
+            },
+            "Format model")
+        ->type_name("MODEL")
+        ->expected(1)
+        ->required();
+}
+
 Framing framing_of(Form form, const Inputs &inputs) {
     if (form != Form::raw) return Framing::lines;
     if (!inputs.values.empty()) {
@@ -121,7 +135,8 @@ int run(int argc, char **argv, Output &out) {
         "--version",
         VERSION_TEXT(OCI_NUMBER_VERSION_MAJOR, OCI_NUMBER_VERSION_MINOR, OCI_NUMBER_VERSION_PATCH));
     tool.require_subcommand(1);
-    const Command commands[] = {add_encode(tool), add_decode(tool), add_inspect(tool)};
+    const Command commands[] = {add_encode(tool), add_decode(tool), add_inspect(tool),
+                                add_format(tool), add_parse(tool)};
     try {
         tool.parse(mark_values(argc, argv));
         bool good = true;
