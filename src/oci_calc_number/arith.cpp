@@ -95,6 +95,24 @@ void sub_magnitudes(const QZCICalcNumber &a, const QZCICalcNumber &b, bool negat
     set_sum(result, negative, end, pos - end);
 }
 
+// The columns of a product of two numbers, six limbs each, filled up with zeros.
+inline void multiply_numbers(const QZCICalcNumber &a, const QZCICalcNumber &b, ub8 *columns) {
+    constexpr int n = calc::max_number_limbs;
+    ub8 x[n], y[n];
+    const int a_count = limb_count(a);
+    const int b_count = limb_count(b);
+    for (int i = 0; i < n; ++i) x[i] = i < a_count ? a.data_part[i] : 0;
+    for (int i = 0; i < n; ++i) y[i] = i < b_count ? b.data_part[i] : 0;
+    for (int j = 0; j < n; ++j) columns[j] = x[0] * y[j];
+#pragma GCC unroll 6
+    for (int i = 1; i < n; ++i) {
+#pragma GCC unroll 6
+        for (int j = 0; j < n - 1; ++j) columns[i + j] += x[i] * y[j];
+        columns[i + n - 1] = x[i] * y[n - 1];
+    }
+    columns[2 * n - 1] = 0;
+}
+
 // a + b, or a - b with `subtract`.
 sword add(const QZCICalcNumber &a, const QZCICalcNumber &b, bool subtract, QZCICalcNumber &result) {
     const bool negative = calc::is_negative(a);
@@ -183,18 +201,24 @@ extern "C" sword QZCICalcNumMul(const QZCICalcNumber *operand1, const QZCICalcNu
     const int count = a_count + b_count;
     const int end_pos = a.end_pos + b.end_pos;
     // At most 40 products below 10^16 and a carry: a column stays below 2^64.
-    ub4 product[2 * calc::max_limbs];
-    ub8 column = 0;
-    for (int k = 0; k < count - 1; ++k) {
-        for (int i = std::max(0, k - b_count + 1); i <= std::min(k, a_count - 1); ++i) {
-            column += ub8{a.data_part[i]} * b.data_part[k - i];
+    ub8 columns[2 * calc::max_limbs];
+    if (a_count <= calc::max_number_limbs && b_count <= calc::max_number_limbs) {
+        multiply_numbers(a, b, columns);
+    } else {
+        std::fill_n(columns, count, 0);
+        for (int i = 0; i < a_count; ++i) {
+            for (int j = 0; j < b_count; ++j)
+                columns[i + j] += ub8{a.data_part[i]} * b.data_part[j];
         }
-        product[k] = static_cast<ub4>(column % limb_base);
-        column /= limb_base;
     }
-    product[count - 1] = static_cast<ub4>(column);
+    // What exceeds 40 limbs is cut off.
     const int cut = std::max(0, count - calc::max_limbs);
-    std::copy(product + cut, product + count, result->data_part);
+    ub8 carry = 0;
+    for (int k = 0; k < count; ++k) {
+        const ub8 column = columns[k] + carry;
+        carry = column / limb_base;
+        if (k >= cut) result->data_part[k - cut] = static_cast<ub4>(column - carry * limb_base);
+    }
     calc::set_trimmed(*result, negative, end_pos + cut, count - cut);
     return OCI_SUCCESS;
 }
