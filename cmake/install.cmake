@@ -13,7 +13,16 @@ install(FILES ${PROJECT_BINARY_DIR}/oci_number-config.cmake
               ${PROJECT_BINARY_DIR}/oci_number-config-version.cmake
         DESTINATION ${package_dir})
 
-# Directories may be absolute; ${prefix} stays in the file where they are not.
+# The prefix is found from the file's own place, so that the installed tree can
+# be put anywhere (cmake --install --prefix). Directories may be absolute; the
+# prefix stays out of them then.
+set(pc_prefix ${CMAKE_INSTALL_PREFIX})
+if(NOT IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+  cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
+             BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/pkgconfig
+             OUTPUT_VARIABLE pc_up)
+  set(pc_prefix "\${pcfiledir}/${pc_up}")
+endif()
 foreach(dir LIBDIR INCLUDEDIR)
   set(pc_${dir} "\${prefix}")
   cmake_path(APPEND pc_${dir} "${CMAKE_INSTALL_${dir}}")

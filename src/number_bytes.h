@@ -73,53 +73,58 @@ inline void set_frame(OCINumber &n, bool negative, int exponent, unsigned count)
     n.OCINumberPart[1] = exponent_byte(negative, exponent);
 }
 
-// A finite value apart from its bytes: the magnitude's base-100 digits, most
-// significant first, are the same for both signs. There is room for the digits
-// that a carry or a half-digit shift adds at the ends.
-struct Digits {
+// The digits of a record, most significant first, seen through the sign: the same
+// for both signs, so that one algorithm serves both. Changes go to the digit
+// bytes at once; `finish` writes the bytes around them.
+struct DigitView {
+    OCINumber &number;
     bool negative;
-    int exponent;
-    unsigned count;
-    ub1 digit[max_digits + 2];
+    int exponent;    // real exponent of the first digit
+    unsigned count;  // at most max_digits
+
+    // For both signs digit = (byte ^ mask) - bias, as 255 - b - 154 = 101 - b.
+    unsigned get(unsigned i) const {
+        return static_cast<ub1>((number.OCINumberPart[2 + i] ^ mask()) - bias());
+    }
+    void set(unsigned i, unsigned digit) {
+        number.OCINumberPart[2 + i] = static_cast<ub1>((digit + bias()) ^ mask());
+    }
+    void append(unsigned digit) { set(count++, digit); }
+
+private:
+    unsigned mask() const { return negative ? 0xff : 0; }
+    unsigned bias() const { return negative ? 154 : 1; }
 };
 
-// Of a record with a valid length. Works on all 20 places at once; those beyond
-// `count` hold no meaning.
-inline Digits unpack(const OCINumber &n) {
-    Digits d;
-    d.negative = is_negative(n);
-    d.exponent = real_exponent(n.OCINumberPart[1]);
-    d.count = digit_count(n);
-    for (unsigned i = 0; i < max_digits; ++i) {
-        d.digit[i] = decode_digit(d.negative, n.OCINumberPart[2 + i]);
-    }
-    return d;
+// Of a record with a valid length.
+inline DigitView digits_of(OCINumber &n) {
+    return {n, is_negative(n), real_exponent(n.OCINumberPart[1]), digit_count(n)};
 }
 
-// Of at most 20 digits and an exponent within the format's range.
-inline void pack(const Digits &d, OCINumber &n) {
-    for (unsigned i = 0; i < max_digits; ++i) {
-        n.OCINumberPart[2 + i] = encode_digit(d.negative, d.digit[i]);
-    }
-    set_frame(n, d.negative, d.exponent, d.count);
+// Of no digits yet.
+inline DigitView new_digits(OCINumber &n, bool negative, int exponent) {
+    return {n, negative, exponent, 0};
 }
+
+// Sets length byte, exponent byte and ending byte; the exponent must be within
+// the format's range.
+inline void finish(const DigitView &d) { set_frame(d.number, d.negative, d.exponent, d.count); }
 
 // Drops zero digits at the end; zero is left with no digit.
-inline void trim(Digits &d) {
-    while (d.count > 0 && d.digit[d.count - 1] == 0) --d.count;
+inline void trim(DigitView &d) {
+    while (d.count > 0 && d.get(d.count - 1) == 0) --d.count;
 }
 
 // Adds one to the last digit and drops the zeros that its carry leaves at the
 // end. A carry out of the first digit leaves one digit 1 a place higher; with no
 // digits at all that is the unit just above the first place.
-inline void round_up(Digits &d) {
-    while (d.count > 0 && d.digit[d.count - 1] == 99) --d.count;
+inline void round_up(DigitView &d) {
+    while (d.count > 0 && d.get(d.count - 1) == 99) --d.count;
     if (d.count == 0) {
-        d.digit[0] = 1;
-        d.count = 1;
+        d.append(1);
         ++d.exponent;
     } else {
-        ++d.digit[d.count - 1];
+        d.set(d.count - 1, d.get(d.count - 1) + 1);
     }
 }
 

@@ -40,14 +40,14 @@ struct Angle {
 template <int N>
 void reduce(Angle<N> &angle, const Decimal &x);
 
-// sine and cosine of an angle in (0, pi/2), the quadrant aside: absolute errors below
-// 2^-sin_cos_bits, not relative ones, for f within 2 ulps.
+// sine and cosine of the angle f * pi/2, each when its pointer is not null: absolute errors
+// below 2^-sin_cos_bits, not relative ones, for f within 2 ulps.
 template <int N>
 inline constexpr int sin_cos_bits = 64 * N - 10;
-void sin_cos(Fast &s, Fast &c, const Angle<fast_limbs> &angle);
-void sin_cos(Wide &s, Wide &c, const Angle<wide_limbs> &angle);
+void sin_cos(Fast *s, Fast *c, const Angle<fast_limbs> &angle);
+void sin_cos(Wide *s, Wide *c, const Angle<wide_limbs> &angle);
 
-// The same for r radians, 0 < r < 1, with relative errors below 2^-1000.
+// Both for r radians, 0 < r < 1, with relative errors below 2^-1000.
 void sin_cos_radians(Wide &s, Wide &c, const Wide &r);
 
 // The angle in (0, pi/2) of the point (x, y), both positive.

@@ -157,43 +157,41 @@ inline void mul_fraction_1(u64 *r, const u64 *a, u64 w) {
 // mul_high's loops for many limbs, out of line.
 template <int N>
 __attribute__((noinline)) void mul_high_long(u64 *r, const u64 *a, const u64 *b) {
-    Limbs<N + 1> t;
-    t[0] = 0;
+    Limbs<N> t;
     for (int i = 0; i < N; ++i) {
-        u64 carry = 0;
-        for (int k = 0; k <= i; ++k) {
-            const u128 p = static_cast<u128>(a[N - 1 - i + k]) * b[i] + t[k] + carry;
+        u64 carry = mul_high_1(a[N - 1 - i], b[i]);
+        for (int k = 0; k < i; ++k) {
+            const u128 p = static_cast<u128>(a[N - i + k]) * b[i] + t[k] + carry;
             t[k] = low(p);
             carry = high(p);
         }
-        t[i + 1] = carry;
+        t[i] = carry;
     }
-    copy<N>(r, t + 1);
+    copy<N>(r, t);
 }
 
-// The product of two fractions, r = a * b. Only the columns that can reach the top N
-// limbs are summed: the partial products below column N-1 are at most N-1 ulps and a
-// trifle, the limbs cut off below 1 more, so
-//     a * b - (N + 1) ulps < r <= a * b.
+// The product of two fractions, r = a * b. Only what can reach the top N limbs is summed:
+// the partial products below column N-1 are at most N-1 ulps and a trifle, the low halves
+// of that column's N products below N ulps, so
+//     a * b - 2N ulps < r <= a * b.
 // r may be a or b.
 template <int N>
 inline void mul_high(u64 *r, const u64 *a, const u64 *b) {
     if constexpr (N > 8) return mul_high_long<N>(r, a, b);
-    Limbs<N + 1> t;
-    t[0] = 0;
+    Limbs<N> t;
     CALC_UNROLL
     for (int i = 0; i < N; ++i) {
-        u64 carry = 0;
+        u64 carry = mul_high_1(a[N - 1 - i], b[i]);
         CALC_UNROLL
-        for (int k = 0; k <= i; ++k) {
-            const u128 p = static_cast<u128>(a[N - 1 - i + k]) * b[i] + t[k] + carry;
+        for (int k = 0; k < i; ++k) {
+            const u128 p = static_cast<u128>(a[N - i + k]) * b[i] + t[k] + carry;
             t[k] = low(p);
             carry = high(p);
         }
-        t[i + 1] = carry;
+        t[i] = carry;
     }
     CALC_UNROLL
-    for (int i = 0; i < N; ++i) r[i] = t[i + 1];
+    for (int i = 0; i < N; ++i) r[i] = t[i];
 }
 
 // The exact product of A and B limbs, A + B limbs long. r is neither a nor b.
@@ -245,21 +243,22 @@ inline int normalize(u64 *a) {
 }
 
 // How many limbs a coefficient of r^k needs in a sum of N limbs when r < 2^-Bits: the
-// power takes k * Bits bits away. Ten guard bits keep the error of one step, at most
-// N + 2 units of the shortened last place, below 2^-4 ulps of the sum.
+// power takes k * Bits bits away. Six guard bits keep the error of one step, at most
+// 2N + 1 units of the shortened last place, below 1/3 ulp of the sum, N <= 8.
 constexpr int horner_limbs(int n, int bits, int k) {
-    const int needed = (64 * n - bits * k + 10 + 63) / 64;
+    const int needed = (64 * n - bits * k + 6 + 63) / 64;
     return needed < n ? (needed < 1 ? 1 : needed) : n;
 }
 
 // sum of (Alternate ? (-1)^k : 1) * c[k] * r^k, k from 0 to Degree, by Horner's rule
 // with each step at the precision that its power of r leaves. c[k] and every partial
 // sum lie in [0, 1); c[k] is the top of an entry of Width limbs. Beside the missing
-// terms, the error is below N + 3 ulps: the last step's product and coefficient, and
-// less than 1 from all others, as r < 2^-9 shrinks them.
-template <int N, int Bits, bool Alternate, int Degree, int K = 0, unsigned long Width>
-inline void horner(u64 *sum, const u64 *r, const u64 (*c)[Width]) {
-    static_assert(Bits >= 9);
+// terms, the error is below 2N + 8 ulps: the last step's product and coefficient, and 1/3
+// from each of the others, of which there are 18 at most.
+template <int N, int Bits, bool Alternate, int Degree, int K = 0, unsigned long Count,
+          unsigned long Width>
+inline void horner(u64 *sum, const u64 *r, const u64 (&c)[Count][Width]) {
+    static_assert(Bits >= 9 && Degree < Count);
     constexpr int width = int{Width};
     constexpr int L = horner_limbs(N, Bits, K);
     if constexpr (K == Degree) {

@@ -30,7 +30,7 @@ template void reduce<wide_limbs>(Angle<wide_limbs> &, const Decimal &);
 // a = pi/2 i/2^9 from the table and Taylor's series in t^2 for sin d and 1 - cos d,
 // d = pi/2 t < 2^-8. Above pi/4, sine and cosine change places. Errors in ulps of half the
 // result: table 1, products 5 + 5, series below 2^-8 (8 + 10): 12; 2^6 with f's.
-void sin_cos(Fast &s, Fast &c, const Angle<fast_limbs> &angle) {
+void sin_cos(Fast *s, Fast *c, const Angle<fast_limbs> &angle) {
     constexpr int N = fast_limbs;
     Limbs<N> t;
     copy<N>(t, angle.f);
@@ -49,20 +49,24 @@ void sin_cos(Fast &s, Fast &c, const Angle<fast_limbs> &angle) {
     mul_high<N>(vers_d, vers_d, square);
     shift_left<N>(vers_d, vers_d, 1);
 
-    Limbs<N> sine, cosine, p;
-    mul_high<N>(p, sin_a, vers_d);
-    sub<N>(sine, sin_a, p);
-    mul_high<N>(p, cos_a, sin_d);
-    add<N>(sine, sine, p);
-    mul_high<N>(p, cos_a, vers_d);
-    sub<N>(cosine, cos_a, p);
-    mul_high<N>(p, sin_a, sin_d);
-    sub<N>(cosine, cosine, p);
-    set_fraction<N>(swap ? c : s, sine, 1, false);
-    set_fraction<N>(swap ? s : c, cosine, 1, false);
+    Limbs<N> sum, p;
+    if (Fast *const sine = swap ? c : s) {
+        mul_high<N>(p, sin_a, vers_d);
+        sub<N>(sum, sin_a, p);
+        mul_high<N>(p, cos_a, sin_d);
+        add<N>(sum, sum, p);
+        set_fraction<N>(*sine, sum, 1, false);
+    }
+    if (Fast *const cosine = swap ? s : c) {
+        mul_high<N>(p, cos_a, vers_d);
+        sub<N>(sum, cos_a, p);
+        mul_high<N>(p, sin_a, sin_d);
+        sub<N>(sum, sum, p);
+        set_fraction<N>(*cosine, sum, 1, false);
+    }
 }
 
-void sin_cos(Wide &s, Wide &c, const Angle<wide_limbs> &angle) {
+void sin_cos(Wide *s, Wide *c, const Angle<wide_limbs> &angle) {
     Limbs<wide_limbs> f;
     copy<wide_limbs>(f, angle.f);
     const bool swap = f[wide_limbs - 1] >> 63 != 0;
@@ -71,7 +75,10 @@ void sin_cos(Wide &s, Wide &c, const Angle<wide_limbs> &angle) {
     set_fraction<wide_limbs>(r, f, 0, false);
     set_constant(half_pi, quarter_pi, wide_limbs, 1);
     mul(r, r, half_pi);
-    sin_cos_radians(swap ? c : s, swap ? s : c, r);
+    Wide sine, cosine;
+    sin_cos_radians(sine, cosine, r);
+    if (s != nullptr) *s = swap ? cosine : sine;
+    if (c != nullptr) *c = swap ? sine : cosine;
 }
 
 // Taylor's series: some 170 terms of 3 operations each.
@@ -99,26 +106,25 @@ int evaluate(Real<N> &r, Trig function, const Decimal &x) {
     Angle<N> angle;
     reduce(angle, x);
     const unsigned q = angle.quadrant;
-    Real<N> s, c;
-    sin_cos(s, c, angle);
+    Real<N> sine, cosine;
+    Real<N> *const s = function == Trig::cosine ? nullptr : &sine;
+    Real<N> *const c = function == Trig::sine ? nullptr : &cosine;
     // sin(a + pi/2) = cos a, cos(a + pi/2) = -sin a
-    Real<N> &sine = q % 2 != 0 ? c : s, &cosine = q % 2 != 0 ? s : c;
+    sin_cos(q % 2 != 0 ? c : s, q % 2 != 0 ? s : c, angle);
     sine.negative = (q >= 2) != x.negative;
     cosine.negative = q == 1 || q == 2;
-    constexpr int bits = sin_cos_bits<N>;
     // Absolute errors become relative ones by the values' leading zeros.
-    const int sine_bits = bits + sine.exp - 1, cosine_bits = bits + cosine.exp - 1;
-    switch (function) {
-        case Trig::sine: r = sine; return sine_bits;
-        case Trig::cosine: r = cosine; return cosine_bits;
-        default: break;
+    const auto bits = [](const Real<N> &v) { return sin_cos_bits<N> + v.exp - 1; };
+    if (function != Trig::tangent) {
+        r = function == Trig::sine ? sine : cosine;
+        return bits(r);
     }
     if (is_zero(cosine)) {
         r = cosine;
         return 0;
     }
     div(r, sine, cosine);
-    return (sine_bits < cosine_bits ? sine_bits : cosine_bits) - 2;
+    return (sine.exp < cosine.exp ? bits(sine) : bits(cosine)) - 2;
 }
 
 sword compute(QZCICalcNumber &result, Trig function, const QZCICalcNumber &operand) {

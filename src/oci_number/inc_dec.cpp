@@ -11,67 +11,85 @@ namespace {
 // Real exponent of the largest values that are stepped, those below 100^20.
 constexpr int max_stepped_exponent = max_digits - 1;
 
-// The digits of a value from 1 to below 10^40, down to the units at least. False
-// for every other value: those get a fixed result.
-bool OCINumberStepDigits(const OCINumber &number, Digits &digits) {
-    if (is_negative(number)) return false;
-    digits = unpack(number);
-    if (digits.exponent < 0 || digits.exponent > max_stepped_exponent) return false;
-    // The format leaves zero digits at the end out.
-    while (static_cast<int>(digits.count) <= digits.exponent) digits.digit[digits.count++] = 0;
-    return true;
+// Whether a value has its units digit within 20 digits: those from 1 to below
+// 10^40 do. Every other value gets a fixed result.
+bool OCINumberIsStepped(const OCINumber &number) {
+    const int exponent = real_exponent(number.OCINumberPart[1]);
+    return !is_negative(number) && exponent >= 0 && exponent <= max_stepped_exponent;
+}
+
+// The digits down to the units at least; the format leaves zeros at the end out.
+DigitView OCINumberStepDigits(OCINumber &number) {
+    DigitView digits = digits_of(number);
+    while (static_cast<int>(digits.count) <= digits.exponent) digits.append(0);
+    return digits;
 }
 
 // Drops zero digits at both ends.
-void OCINumberNormalize(Digits &digits) {
+void OCINumberNormalize(DigitView &digits) {
     trim(digits);
     unsigned zeros = 0;
-    while (zeros < digits.count && digits.digit[zeros] == 0) ++zeros;
+    while (zeros < digits.count && digits.get(zeros) == 0) ++zeros;
+    if (zeros == 0) return;
     digits.count -= zeros;
     digits.exponent -= static_cast<int>(zeros);
-    std::memmove(digits.digit, digits.digit + zeros, digits.count);
+    ub1 *const bytes = digits.number.OCINumberPart + 2;
+    std::memmove(bytes, bytes + zeros, digits.count);
+}
+
+// Puts a digit 1 in front; what would be the 21st digit is rounded away.
+void OCINumberPrependOne(DigitView &digits) {
+    const bool full = digits.count == max_digits;
+    const bool up = full && digits.get(max_digits - 1) >= 50;
+    if (full) --digits.count;
+    ub1 *const bytes = digits.number.OCINumberPart + 2;
+    std::memmove(bytes + 1, bytes, digits.count);
+    digits.set(0, 1);
+    ++digits.count;
+    ++digits.exponent;
+    if (up) round_up(digits);
 }
 
 void OCINumberIncrement(OCINumber &number) {
-    Digits digits;
-    if (!OCINumberStepDigits(number, digits)) {
-        digits = {false, 0, 1, {1}};
-    } else {
-        int i = digits.exponent;
-        while (i >= 0 && digits.digit[i] >= 99) digits.digit[i--] = 0;
-        if (i >= 0) {
-            ++digits.digit[i];
-        } else {
-            // A new first digit; the 21st is rounded away.
-            std::memmove(digits.digit + 1, digits.digit, digits.count);
-            digits.digit[0] = 1;
-            ++digits.exponent;
-            if (++digits.count > max_digits) {
-                digits.count = max_digits;
-                if (digits.digit[max_digits] >= 50) round_up(digits);
-            }
-        }
-        OCINumberNormalize(digits);
+    if (!OCINumberIsStepped(number)) {
+        DigitView one = new_digits(number, false, 0);
+        one.append(1);
+        finish(one);
+        return;
     }
-    pack(digits, number);
+    DigitView digits = OCINumberStepDigits(number);
+    int i = digits.exponent;
+    for (; i >= 0 && digits.get(static_cast<unsigned>(i)) >= 99; --i) {
+        digits.set(static_cast<unsigned>(i), 0);
+    }
+    if (i >= 0) {
+        digits.set(static_cast<unsigned>(i), digits.get(static_cast<unsigned>(i)) + 1);
+    } else {
+        OCINumberPrependOne(digits);
+    }
+    OCINumberNormalize(digits);
+    finish(digits);
 }
 
 void OCINumberDecrement(OCIError *err, OCINumber &number) {
-    Digits digits;
-    int i = -1;
-    if (OCINumberStepDigits(number, digits)) {
-        i = digits.exponent;
-        while (i >= 0 && digits.digit[i] == 0) digits.digit[i--] = 99;
+    if (OCINumberIsStepped(number)) {
+        DigitView digits = OCINumberStepDigits(number);
+        int i = digits.exponent;
+        for (; i >= 0 && digits.get(static_cast<unsigned>(i)) == 0; --i) {
+            digits.set(static_cast<unsigned>(i), 99);
+        }
+        // A borrow out of the first digit: the value is below 1, stored with
+        // zero digits in front.
+        if (i >= 0) {
+            digits.set(static_cast<unsigned>(i), digits.get(static_cast<unsigned>(i)) - 1);
+            OCINumberNormalize(digits);
+            if (digits.count > 0) {
+                finish(digits);
+                return;
+            }
+        }
     }
-    if (i >= 0) {
-        --digits.digit[i];
-        OCINumberNormalize(digits);
-    }
-    if (i < 0 || digits.count == 0) {
-        OCINumberSetZero(err, &number);
-    } else {
-        pack(digits, number);
-    }
+    OCINumberSetZero(err, &number);
 }
 
 sword OCINumberCheckStepped(OCIError *err, const OCINumber *number) {

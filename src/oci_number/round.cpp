@@ -16,27 +16,27 @@ struct Cut {
 };
 
 // Keeps `n` >= 0 significant decimal digits: the first digit may hold one or two.
-Cut OCINumberSignificantCut(const Digits &digits, sb8 n) {
-    const bool short_first = digits.digit[0] < 10;
+Cut OCINumberSignificantCut(const DigitView &digits, sb8 n) {
+    const bool short_first = digits.get(0) < 10;
     const bool odd = n % 2 != 0;
     return {n / 2 + (short_first && odd), short_first != odd};
 }
 
 // Keeps `places` decimal places. Digit E is the units digit.
-Cut OCINumberPlacesCut(const Digits &digits, sb8 places) {
+Cut OCINumberPlacesCut(const DigitView &digits, sb8 places) {
     const sb8 distance = places >= 0 ? places / 2 + 1 : -((-places - 1) / 2);
     return {digits.exponent + distance, places % 2 != 0};
 }
 
-void OCINumberCutDigits(Digits &digits, unsigned index, bool half_digit, CutMode mode) {
-    const unsigned digit = digits.digit[index];
+void OCINumberCutDigits(DigitView &digits, unsigned index, bool half_digit, CutMode mode) {
+    const unsigned digit = digits.get(index);
     const unsigned dropped = half_digit ? digit % 10 * 10 : digit;
     const bool up = mode == CutMode::round && dropped >= 50;
     digits.count = index;
     if (half_digit) {
         const unsigned kept = digit - digit % 10 + (up ? 10 : 0);
         if (!up || kept < 100) {
-            digits.digit[digits.count++] = static_cast<ub1>(kept);
+            digits.append(kept);
             trim(digits);
             return;
         }
@@ -48,11 +48,11 @@ void OCINumberCutDigits(Digits &digits, unsigned index, bool half_digit, CutMode
     }
 }
 
-void OCINumberCut(OCIError *err, const OCINumber &number, Digits &digits, Cut cut, CutMode mode,
-                  OCINumber &result) {
+// Cuts the digits of `digits.number`, which holds the whole value.
+void OCINumberCut(OCIError *err, DigitView &digits, Cut cut, CutMode mode) {
     if (cut.index < 0) {
         // Above the first digit: the whole value is below half the unit.
-        OCINumberSetZero(err, &result);
+        OCINumberSetZero(err, &digits.number);
         return;
     }
     // A negative value without ending byte is not rounded at its last digit: its
@@ -60,40 +60,34 @@ void OCINumberCut(OCIError *err, const OCINumber &number, Digits &digits, Cut cu
     // byte in that place.
     const bool full_negative = digits.negative && digits.count == max_digits;
     const unsigned end = digits.count - (mode == CutMode::round && full_negative ? 1 : 0);
-    if (cut.index >= end) {
-        result = number;
-        return;
-    }
+    if (cut.index >= end) return;
     OCINumberCutDigits(digits, static_cast<unsigned>(cut.index), cut.half_digit, mode);
     if (digits.count == 0) {
-        OCINumberSetZero(err, &result);
+        OCINumberSetZero(err, &digits.number);
     } else if (digits.exponent > max_exponent) {
-        set_infinity(result, digits.negative);
+        set_infinity(digits.number, digits.negative);
     } else {
-        pack(digits, result);
+        finish(digits);
     }
 }
 
 void OCINumberKeepPlaces(OCIError *err, const OCINumber &number, sword places, CutMode mode,
                          OCINumber &result) {
-    if (number.OCINumberPart[1] == zero_exponent_byte) {
-        result = number;
-        return;
-    }
-    Digits digits = unpack(number);
-    OCINumberCut(err, number, digits, OCINumberPlacesCut(digits, places), mode, result);
+    result = number;
+    if (result.OCINumberPart[1] == zero_exponent_byte) return;
+    DigitView digits = digits_of(result);
+    OCINumberCut(err, digits, OCINumberPlacesCut(digits, places), mode);
 }
 
 void OCINumberKeepSignificant(OCIError *err, const OCINumber &number, sword n, OCINumber &result) {
     if (n < 0) {
         OCINumberSetZero(err, &result);
-    } else if (number.OCINumberPart[1] == zero_exponent_byte) {
-        result = number;
-    } else {
-        Digits digits = unpack(number);
-        OCINumberCut(err, number, digits, OCINumberSignificantCut(digits, n), CutMode::round,
-                     result);
+        return;
     }
+    result = number;
+    if (result.OCINumberPart[1] == zero_exponent_byte) return;
+    DigitView digits = digits_of(result);
+    OCINumberCut(err, digits, OCINumberSignificantCut(digits, n), CutMode::round);
 }
 
 }  // namespace

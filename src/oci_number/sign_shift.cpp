@@ -9,9 +9,13 @@ namespace {
 // Turns the sign of a value other than zero and the infinities: the exponent
 // byte becomes its complement, a digit byte b becomes 102 - b.
 void OCINumberTurnSign(const OCINumber &number, OCINumber &result) {
-    Digits digits = unpack(number);
-    digits.negative = !digits.negative;
-    pack(digits, result);
+    const bool negative = is_negative(number);
+    const unsigned count = digit_count(number);
+    const int exponent = real_exponent(number.OCINumberPart[1]);
+    for (unsigned i = 2; i < OCI_NUMBER_SIZE; ++i) {
+        result.OCINumberPart[i] = static_cast<ub1>(ending_byte - number.OCINumberPart[i]);
+    }
+    set_frame(result, !negative, exponent, count);
 }
 
 void OCINumberMagnitude(const OCINumber &number, OCINumber &result) {
@@ -37,24 +41,28 @@ void OCINumberNegate(const OCINumber &number, OCINumber &result) {
 }
 
 // Moves every decimal place one to the right, across the digits: 12 34 becomes
-// 01 23 40. What a 21st digit would hold is rounded half away from zero.
-void OCINumberMoveHalfDigit(Digits &digits) {
-    unsigned units = 0;  // units place of the digit before
-    for (unsigned i = 0; i < digits.count; ++i) {
-        const unsigned digit = digits.digit[i];
-        digits.digit[i] = static_cast<ub1>(10 * units + digit / 10);
-        units = digit % 10;
-    }
-    digits.digit[digits.count++] = static_cast<ub1>(10 * units);
-    if (digits.digit[0] == 0) {
-        for (unsigned i = 1; i < digits.count; ++i) digits.digit[i - 1] = digits.digit[i];
-        --digits.count;
-    } else {
+// 01 23 40. A first digit that becomes zero is dropped, else the exponent grows;
+// what a 21st digit would hold is rounded half away from zero.
+void OCINumberMoveHalfDigit(DigitView &digits) {
+    const unsigned count = digits.count;
+    if (count == 0) return;
+    unsigned before = digits.get(0);
+    digits.count = 0;
+    if (before >= 10) {
+        digits.append(before / 10);
         ++digits.exponent;
     }
-    if (digits.count > max_digits) {
-        digits.count = max_digits;
-        if (digits.digit[max_digits] >= 50) round_up(digits);
+    for (unsigned i = 1; i < count; ++i) {
+        // Never writes a digit that is still to be read.
+        const unsigned digit = digits.get(i);
+        digits.set(digits.count++, before % 10 * 10 + digit / 10);
+        before = digit;
+    }
+    const unsigned last = before % 10 * 10;
+    if (digits.count < max_digits) {
+        digits.append(last);
+    } else if (last >= 50) {
+        round_up(digits);
     }
     trim(digits);
 }
@@ -68,7 +76,8 @@ void OCINumberShiftDigits(OCIError *err, const OCINumber &number, sword nDig, OC
         set_infinity(result, is_negative(number));
         return;
     }
-    Digits digits = unpack(number);
+    result = number;
+    DigitView digits = digits_of(result);
     digits.exponent += nDig / 2;
     if (nDig % 2 != 0) {
         // One place to the right is one to the left, a whole digit higher.
@@ -79,12 +88,8 @@ void OCINumberShiftDigits(OCIError *err, const OCINumber &number, sword nDig, OC
         set_infinity(result, digits.negative);
     } else if (digits.exponent < min_exponent || digits.count == 0) {
         OCINumberSetZero(err, &result);
-    } else if (nDig % 2 == 0) {
-        // Whole digits: the digit bytes stay as they are.
-        result = number;
-        result.OCINumberPart[1] = exponent_byte(digits.negative, digits.exponent);
     } else {
-        pack(digits, result);
+        finish(digits);
     }
 }
 

@@ -24,75 +24,86 @@ constexpr PairTable digit_pairs = [] {
 
 constexpr unsigned max_decimals = 2 * max_digits;
 
+// Writes at the end of a text.
+class TextWriter {
+public:
+    explicit TextWriter(OraText *out) : out_(out) {}
+    void put(char c) { *out_++ = static_cast<OraText>(c); }
+    void put_pair(unsigned digit) {
+        std::memcpy(out_, digit_pairs.text + 2 * digit, 2);
+        out_ += 2;
+    }
+    void put_zeros(int count) {
+        if (count <= 0) return;
+        std::memset(out_, '0', static_cast<size_t>(count));
+        out_ += count;
+    }
+
+private:
+    OraText *out_;
+};
+
+sword put_zero_value(OraText *buf, ub2 *size) {
+    if (*size < 1) return OCI_ERROR;
+    buf[0] = '0';
+    *size = 1;
+    return OCI_SUCCESS;
+}
+
 }  // namespace
 
 extern "C" sword getStrFromNumber(const OCINumber *number, OraText *buf, ub2 *size) {
     if (!has_valid_length(*number)) return OCI_ERROR;
-    if (is_zero(*number)) {
-        if (*size < 1) return OCI_ERROR;
-        buf[0] = '0';
-        *size = 1;
-        return OCI_SUCCESS;
-    }
+    if (is_zero(*number)) return put_zero_value(buf, size);
     // An infinity has no digit byte, or one out of range.
-    unsigned count = digit_count(*number);
-    if (count == 0) return OCI_ERROR;
+    const int stored = static_cast<int>(digit_count(*number));
+    if (stored == 0) return OCI_ERROR;
     const bool negative = is_negative(*number);
-    int exponent = real_exponent(number->OCINumberPart[1]);
-    const ub1 *bytes = number->OCINumberPart + 2;
-
-    // The digits as decimal text, two places each.
-    char decimals[max_decimals];
-    ub1 out_of_range = 0;
-    for (unsigned i = 0; i < count; ++i) {
-        const ub1 digit = decode_digit(negative, bytes[i]);
-        out_of_range |= digit > 99;
-        std::memcpy(decimals + 2 * i, digit_pairs.text + 2 * (digit % 100), 2);
+    ub1 digits[max_digits];
+    for (unsigned i = 0; i < max_digits; ++i) {
+        digits[i] = decode_digit(negative, number->OCINumberPart[2 + i]);
     }
-    if (out_of_range) return OCI_ERROR;
-
     // Zero digits at both ends are no part of the text, whatever form is stored.
-    const char *first = decimals;
-    const char *last = decimals + 2 * count;
-    while (first != last && *first == '0') ++first;
-    while (last != first && last[-1] == '0') --last;
-    if (first == last) {
-        if (*size < 1) return OCI_ERROR;
-        buf[0] = '0';
-        *size = 1;
-        return OCI_SUCCESS;
+    int first = stored;
+    int end = 0;
+    for (int i = 0; i < stored; ++i) {
+        if (digits[i] > 99) return OCI_ERROR;
+        if (digits[i] == 0) continue;
+        if (end == 0) first = i;
+        end = i + 1;
     }
-    // Places of the text's digits before the point; negative: zeros behind it.
-    const int point = 2 * (exponent + 1) - static_cast<int>(first - decimals);
-    const int digits = static_cast<int>(last - first);
+    if (end == 0) return put_zero_value(buf, size);
 
-    const int integer_length = point > 0 ? point : 1;
-    const int fraction_length = digits > point ? digits - point : 0;
-    const int length = negative + integer_length + (fraction_length > 0 ? 1 + fraction_length : 0);
+    // The point stands between two digits: behind this many of them, or before
+    // the first one with zeros behind it.
+    const int exponent = real_exponent(number->OCINumberPart[1]) - first;
+    const int count = end - first;
+    const int integer_digits = exponent + 1;
+    const bool short_first = integer_digits > 0 && digits[first] < 10;
+    const bool has_fraction = count > integer_digits;
+    const bool short_last = has_fraction && digits[end - 1] % 10 == 0;
+    const int integer_length = integer_digits > 0 ? 2 * integer_digits - short_first : 1;
+    const int fraction_length = has_fraction ? 1 + 2 * (count - integer_digits) - short_last : 0;
+    const int length = negative + integer_length + fraction_length;
     if (length > *size) return OCI_ERROR;
 
-    OraText *out = buf;
-    const auto put = [&out](const char *text, int n) {
-        std::memcpy(out, text, static_cast<size_t>(n));
-        out += n;
-    };
-    const auto put_zeros = [&out](int n) {
-        std::memset(out, '0', static_cast<size_t>(n));
-        out += n;
-    };
-    if (negative) *out++ = '-';
-    if (point <= 0) {
-        *out++ = '0';
-        *out++ = '.';
-        put_zeros(-point);
-        put(first, digits);
-    } else if (digits <= point) {
-        put(first, digits);
-        put_zeros(point - digits);
+    TextWriter out(buf);
+    if (negative) out.put('-');
+    int i = first;
+    if (integer_digits > 0) {
+        if (short_first) out.put(static_cast<char>('0' + digits[i++]));
+        for (const int stop = std::min(end, first + integer_digits); i < stop; ++i) {
+            out.put_pair(digits[i]);
+        }
+        out.put_zeros(2 * (integer_digits - count));
     } else {
-        put(first, point);
-        *out++ = '.';
-        put(first + point, digits - point);
+        out.put('0');
+    }
+    if (has_fraction) {
+        out.put('.');
+        out.put_zeros(-2 * integer_digits);
+        for (; i < end - short_last; ++i) out.put_pair(digits[i]);
+        if (short_last) out.put(static_cast<char>('0' + digits[i] / 10));
     }
     *size = static_cast<ub2>(length);
     return OCI_SUCCESS;
@@ -174,10 +185,11 @@ extern "C" sword getNumberFromStr(OCINumber *number, ub1 *str, ub4 len) {
     take(text.integer, text.integer_end);
     take(fraction, text.fraction_end);
 
-    Digits digits{text.negative, exponent, 0, {}};
-    digits.count = std::min(static_cast<unsigned>(out - places + 1) / 2, max_digits);
-    for (unsigned i = 0; i < max_digits; ++i) {
-        digits.digit[i] = static_cast<ub1>((places[2 * i] - '0') * 10 + (places[2 * i + 1] - '0'));
+    OCINumber value;
+    DigitView digits = new_digits(value, text.negative, exponent);
+    const unsigned count = std::min(static_cast<unsigned>(out - places + 1) / 2, max_digits);
+    for (unsigned i = 0; i < count; ++i) {
+        digits.append(static_cast<unsigned>((places[2 * i] - '0') * 10 + places[2 * i + 1] - '0'));
     }
     if (places[max_decimals] >= '5') round_up(digits);
     trim(digits);
@@ -186,7 +198,8 @@ extern "C" sword getNumberFromStr(OCINumber *number, ub1 *str, ub4 len) {
     if (digits.exponent < min_exponent) {
         set_zero(*number);
     } else {
-        pack(digits, *number);
+        finish(digits);
+        std::memcpy(number, &value, value.OCINumberPart[0] + 1u);
     }
     return OCI_SUCCESS;
 }

@@ -19,8 +19,9 @@ sword getStrFromNumber(const OCINumber *number, OraText *buf, ub2 *size);
 
 // Reads the `len` bytes at `str`: leading blanks, an optional "-", digits with
 // at most one "." among them and at least one digit. Stores the value in normal
-// form. More than 20 base-100 digits are rounded once, half away from zero; after
-// that a magnitude below 10^-128 is zero.
+// form; only its meaningful bytes are written. More than 20 base-100 digits are
+// rounded once, half away from zero; after that a magnitude below 10^-128 is
+// zero.
 // Returns 0, or -1 with `*number` untouched for any other text and for a
 // magnitude of 10^126 or more.
 sword getNumberFromStr(OCINumber *number, ub1 *str, ub4 len);

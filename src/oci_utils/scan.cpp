@@ -22,6 +22,9 @@ extern "C" long long my_strtoll10(const char *nptr, char **endptr, int *error) {
 
     ub8 value = 0;
     bool overflow = false;
+    constexpr ptrdiff_t safe_digits = 19;  // 10^19 < 2^64
+    const char *const safe_end = end - p > safe_digits ? p + safe_digits : end;
+    for (; p != safe_end && is_digit(*p); ++p) value = value * 10 + static_cast<ub8>(*p - '0');
     for (; p != end && is_digit(*p); ++p) {
         overflow |= __builtin_mul_overflow(value, ub8{10}, &value);
         overflow |= __builtin_add_overflow(value, static_cast<ub8>(*p - '0'), &value);

@@ -2,7 +2,11 @@
 // the range, and the special operands.
 #include <gtest/gtest.h>
 
+#include <ucontext.h>
+
+#include <algorithm>
 #include <span>
+#include <vector>
 
 #include "oracle.h"
 
@@ -361,6 +365,34 @@ TEST(HardCases, OverlongRecords) {
          {QZCICalcNumExp, QZCICalcNumLn, QZCICalcNumSinWithRound, QZCICalcNumAtan, QZCICalcNumSinh})
         EXPECT_EQ(f(&n, &result), OCI_ERROR);
     EXPECT_EQ(QZCICalcNumPower(&n, &n, &result), OCI_ERROR);
+}
+
+// The stack that calls take, the wide pass included, seen in a painted stack of their own.
+TEST(HardCases, StackUse) {
+    static std::vector<unsigned char> stack;
+    static ucontext_t home, inside;
+    static const Case *current;
+    static QZCICalcNumber a, b;
+    size_t deepest = 0;
+    for (const Case &c : series_cases) {
+        current = &c;
+        a = oracle::record(c.a);
+        b = oracle::record(*c.b != '\0' ? c.b : "1e0");
+        stack.assign(1 << 17, 0xA5);
+        getcontext(&inside);
+        inside.uc_stack.ss_sp = stack.data();
+        inside.uc_stack.ss_size = stack.size();
+        inside.uc_link = &home;
+        makecontext(
+            &inside, [] { oracle::call(current->function, a, b, a); }, 0);
+        swapcontext(&home, &inside);
+        const auto used = static_cast<size_t>(
+            stack.end() -
+            std::find_if(stack.begin(), stack.end(), [](unsigned char x) { return x != 0xA5; }));
+        deepest = std::max(deepest, used);
+    }
+    RecordProperty("deepest", static_cast<int>(deepest));
+    EXPECT_LT(deepest, 16u * 1024) << "the wrapper's frames count as well";
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <map>
 #include <stdexcept>
+#include <string_view>
 
 #include "oci_calc_number/engine.h"
 
@@ -104,8 +105,8 @@ struct Function {
     EngineBinary engine_binary;
 };
 
-const Function &find(const std::string &name) {
-    static const std::map<std::string, Function> functions = {
+const Function &find(std::string_view name) {
+    static const std::map<std::string_view, Function> functions = {
         {"exp", {mpfr_exp, nullptr, QZCICalcNumExp, nullptr}},
         {"ln", {mpfr_log, nullptr, QZCICalcNumLn, nullptr}},
         {"sin", {mpfr_sin, nullptr, QZCICalcNumSinWithRound, nullptr}},
@@ -259,18 +260,22 @@ std::string expected(const std::string &function, const std::string &a, const st
     throw std::runtime_error("undecided: " + function + " " + a + " " + b);
 }
 
-std::string actual(const std::string &function, const std::string &a, const std::string &b) {
+sword call(const char *function, const QZCICalcNumber &a, const QZCICalcNumber &b,
+           QZCICalcNumber &result) {
     const Function &f = find(function);
+    return f.engine_unary != nullptr ? f.engine_unary(&a, &result)
+                                     : f.engine_binary(&a, &b, &result);
+}
+
+std::string actual(const std::string &function, const std::string &a, const std::string &b) {
     QZCICalcNumber x = record(a), result;
+    const QZCICalcNumber y = record(b.empty() ? a : b);
     std::string texts[2];
     for (QZCICalcNumber *r : {&result, &x}) {  // the second time in place
-        const QZCICalcNumber y = record(f.engine_binary != nullptr ? b : a);
-        const sword status =
-            f.engine_unary != nullptr ? f.engine_unary(&x, r) : f.engine_binary(&x, &y, r);
-        texts[r == &x] = status == OCI_SUCCESS ? round20(text(*r))
-                         : status == OCI_ERROR ? "error"
-                                               : "bad status";
-        if (status == OCI_SUCCESS && texts[r == &x] != text(*r)) return "not rounded: " + text(*r);
+        const sword status = call(function.c_str(), x, y, *r);
+        std::string &t = texts[r == &x];
+        t = status == OCI_SUCCESS ? text(*r) : status == OCI_ERROR ? "error" : "bad status";
+        if (t != round20(t)) return "not rounded: " + t;
     }
     return texts[0] == texts[1] ? texts[0] : texts[0] + " but in place " + texts[1];
 }

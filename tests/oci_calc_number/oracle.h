@@ -22,7 +22,11 @@ std::string truncate20(const std::string &text);
 // Names: exp ln sin cos tan asin acos atan sinh cosh tanh pow atan2. Finite operands.
 std::string expected(const std::string &function, const std::string &a, const std::string &b);
 
-// The engine's result, as text; "error" when it refuses. Computed twice, also in place.
+// The engine's function of that name; b counts for two operands only.
+sword call(const char *function, const QZCICalcNumber &a, const QZCICalcNumber &b,
+           QZCICalcNumber &result);
+
+// Its result, as text; "error" when it refuses. Computed twice, also in place.
 std::string actual(const std::string &function, const std::string &a, const std::string &b);
 
 // How many significant digits of ln a are right in the record that a division sees.

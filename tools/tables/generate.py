@@ -161,8 +161,8 @@ def logarithm(directory):
         table.array(f"g * 2^64 and -ln(1 - g) (8 limbs), where 1 - g is 1/(1 + j/2^{7 * level}) "
                     "rounded up to a\nmultiple of 2^-64, for j from 0 to 127.",
                     f"ln_level_{level}", rows, 9)
-    table.array("1/k for k from 2 to 19: 8 limbs.", "ln_coefficient",
-                [limbs(fix(1, k, bits), bits, 8) for k in range(2, 20)], 8)
+    table.array("1/k for k from 2 to 20: 8 limbs.", "ln_coefficient",
+                [limbs(fix(1, k, bits), bits, 8) for k in range(2, 21)], 8)
     table.write()
 
 

@@ -1,0 +1,24 @@
+#!/bin/bash
+# Installs the Debian packages named as arguments that are missing. Says nothing
+# when all are there; otherwise apt-get's output goes to standard error.
+set -euo pipefail
+
+missing=()
+for package in "$@"; do
+    status=$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null) || status=
+    [[ $status == installed ]] || missing+=("$package")
+done
+[[ ${#missing[@]} -gt 0 ]] || exit 0
+
+as_root=()
+if [[ $(id -u) -ne 0 ]]; then
+    if ! command -v sudo >/dev/null; then
+        echo "missing packages: ${missing[*]}; install them as root: apt-get install ${missing[*]}" >&2
+        exit 1
+    fi
+    as_root=(sudo)
+fi
+echo "Installing ${missing[*]}" >&2
+"${as_root[@]}" apt-get update -q </dev/null >&2
+"${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -q -y --no-install-recommends "${missing[@]}" </dev/null >&2

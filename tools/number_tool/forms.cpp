@@ -1,0 +1,239 @@
+#include "forms.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstring>
+
+#include "number_bytes.h"
+#include "oci_utils/oci_utils.h"
+#include "stream.h"
+
+namespace number_tool {
+
+using namespace number_bytes;
+
+namespace {
+
+constexpr ub1 no_nibble = 0xFF;
+constexpr std::array<ub1, 256> nibbles = [] {
+    std::array<ub1, 256> table{};
+    table.fill(no_nibble);
+    for (unsigned i = 0; i < 10; ++i) table['0' + i] = static_cast<ub1>(i);
+    for (unsigned i = 0; i < 6; ++i) {
+        table['A' + i] = table['a' + i] = static_cast<ub1>(10 + i);
+    }
+    return table;
+}();
+
+bool refuse(std::string &reason, std::string text) {
+    reason = std::move(text);
+    return false;
+}
+
+std::string column(size_t index) { return " at column " + std::to_string(index + 1); }
+
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
+size_t skip_blanks(std::string_view text, size_t at) {
+    while (at < text.size() && text[at] == ' ') ++at;
+    return at;
+}
+
+bool add_byte(GivenBytes &given, unsigned byte, std::string &reason) {
+    if (given.count == OCI_NUMBER_SIZE) return refuse(reason, "more than 22 bytes");
+    given.number.OCINumberPart[given.count++] = static_cast<ub1>(byte);
+    return true;
+}
+
+// The usual form, hex digits alone; false for any other.
+bool read_plain_hex(std::string_view value, GivenBytes &given) {
+    if (value.empty() || value.size() % 2 != 0 || value.size() > 2 * OCI_NUMBER_SIZE) return false;
+    given.count = 0;
+    for (size_t at = 0; at < value.size(); at += 2) {
+        const ub1 high = nibbles[static_cast<ub1>(value[at])];
+        const ub1 low = nibbles[static_cast<ub1>(value[at + 1])];
+        if ((high | low) > 15) return false;
+        given.number.OCINumberPart[given.count++] = static_cast<ub1>(high << 4 | low);
+    }
+    return true;
+}
+
+bool read_hex(std::string_view value, GivenBytes &given, std::string &reason) {
+    if (read_plain_hex(value, given)) return true;
+    given.count = 0;
+    const auto nibble = [&](size_t at) { return nibbles[static_cast<ub1>(value[at])]; };
+    for (size_t at = skip_blanks(value, 0); at < value.size(); at = skip_blanks(value, at + 2)) {
+        if (nibble(at) == no_nibble) {
+            return refuse(reason, "unexpected " + in_quotes(value.substr(at, 1)) + column(at));
+        }
+        if (at + 1 == value.size() || nibble(at + 1) == no_nibble) {
+            return refuse(reason, "second hex digit of a byte expected" + column(at + 1));
+        }
+        if (!add_byte(given, nibble(at) * 16u + nibble(at + 1), reason)) return false;
+    }
+    return given.count > 0 || refuse(reason, "no bytes");
+}
+
+// A decimal number of a dump at `at`, which moves behind it.
+bool read_dump_number(std::string_view value, size_t &at, unsigned &n, std::string &reason) {
+    const char *const from = value.data() + at;
+    const auto [end, error] = std::from_chars(from, value.data() + value.size(), n);
+    if (end == from) return refuse(reason, "number expected" + column(at));
+    if (error != std::errc{} || n > 255) return refuse(reason, "number above 255" + column(at));
+    at += static_cast<size_t>(end - from);
+    return true;
+}
+
+bool read_dump(std::string_view value, GivenBytes &given, std::string &reason) {
+    given.count = 0;
+    size_t at = skip_blanks(value, 0);
+    unsigned n;
+    if (value.substr(at).starts_with("Typ=")) {
+        at += 4;
+        if (!read_dump_number(value, at, n, reason)) return false;
+        if (n != 2) return refuse(reason, "type " + std::to_string(n) + " is not a number's (2)");
+        at = skip_blanks(value, at);
+    }
+    if (!value.substr(at).starts_with("Len=")) {
+        return refuse(reason, "\"Len=\" expected" + column(at));
+    }
+    at += 4;
+    if (!read_dump_number(value, at, n, reason)) return false;
+    if (!add_byte(given, n, reason)) return false;
+    if (at == value.size() || value[at] != ':')
+        return refuse(reason, "\":\" expected" + column(at));
+    at = skip_blanks(value, at + 1);
+    if (at == value.size()) return true;
+    for (;;) {
+        if (!read_dump_number(value, at, n, reason)) return false;
+        if (!add_byte(given, n, reason)) return false;
+        at = skip_blanks(value, at);
+        if (at == value.size()) return true;
+        if (value[at] != ',') return refuse(reason, "\",\" expected" + column(at));
+        at = skip_blanks(value, at + 1);
+    }
+}
+
+bool read_record(std::string_view value, GivenBytes &given, std::string &reason) {
+    if (value.size() != OCI_NUMBER_SIZE) {
+        return refuse(reason, "record ends after " + std::to_string(value.size()) + " of 22 bytes");
+    }
+    std::memcpy(given.number.OCINumberPart, value.data(), OCI_NUMBER_SIZE);
+    given.count = OCI_NUMBER_SIZE;
+    return true;
+}
+
+// Why the codec refuses the text.
+std::string text_fault(std::string_view value) {
+    if (value.empty()) return "no value";
+    size_t at = skip_blanks(value, 0);
+    if (at < value.size() && value[at] == '-') ++at;
+    bool has_digit = false, has_period = false;
+    for (; at < value.size(); ++at) {
+        if (value[at] == '.') {
+            if (has_period) return "second period" + column(at);
+            has_period = true;
+        } else if (is_digit(value[at])) {
+            has_digit = true;
+        } else {
+            return "unexpected " + in_quotes(value.substr(at, 1)) + column(at);
+        }
+    }
+    return has_digit ? "magnitude is 1E126 or more" : "no digit";
+}
+
+bool read_text(std::string_view value, GivenBytes &given, std::string &reason) {
+    // The codec only reads the text, and it is no longer than a line.
+    auto *const text = reinterpret_cast<ub1 *>(const_cast<char *>(value.data()));
+    if (getNumberFromStr(&given.number, text, static_cast<ub4>(value.size())) != OCI_SUCCESS) {
+        const std::string_view name = value.substr(skip_blanks(value, 0));
+        if (name != "~" && name != "-~") return refuse(reason, text_fault(value));
+        set_infinity(given.number, name == "-~");
+    }
+    given.count = given.number.OCINumberPart[0] + 1u;
+    return true;
+}
+
+char *put(char *out, std::string_view text) {
+    std::memcpy(out, text.data(), text.size());
+    return out + text.size();
+}
+
+char *write_hex(const OCINumber &number, char *out) {
+    for (unsigned i = 0; i <= number.OCINumberPart[0]; ++i) {
+        *out++ = "0123456789ABCDEF"[number.OCINumberPart[i] >> 4];
+        *out++ = "0123456789ABCDEF"[number.OCINumberPart[i] & 15];
+    }
+    return out;
+}
+
+char *write_dump(const OCINumber &number, char *out) {
+    const unsigned length = number.OCINumberPart[0];
+    out = put(out, "Len=");
+    out = std::to_chars(out, out + 3, length).ptr;
+    out = put(out, ": ");
+    for (unsigned i = 1; i <= length; ++i) {
+        if (i > 1) *out++ = ',';
+        out = std::to_chars(out, out + 3, unsigned{number.OCINumberPart[i]}).ptr;
+    }
+    return out;
+}
+
+}  // namespace
+
+const std::map<std::string, Form> &form_names() {
+    static const std::map<std::string, Form> names = {
+        {"text", Form::text}, {"hex", Form::hex}, {"dump", Form::dump}, {"raw", Form::raw}};
+    return names;
+}
+
+bool read_bytes(Form form, std::string_view value, GivenBytes &given, std::string &reason) {
+    switch (form) {
+        case Form::text: return read_text(value, given, reason);
+        case Form::hex: return read_hex(value, given, reason);
+        case Form::dump: return read_dump(value, given, reason);
+        case Form::raw: return read_record(value, given, reason);
+    }
+    return false;
+}
+
+bool read_number(Form form, std::string_view value, GivenBytes &given, std::string &reason) {
+    if (!read_bytes(form, value, given, reason)) return false;
+    const Faults faults = find_faults(given);
+    if (const Fault *fault = faults.malformed()) return refuse(reason, describe(*fault, given));
+    return true;
+}
+
+char *write_number(Form form, const OCINumber &number, char *out, std::string &reason) {
+    switch (form) {
+        case Form::text: {
+            ub2 size = 256;  // the longest text has 2 + 128 + 40 characters
+            if (is_positive_infinity(number)) {
+                out = put(out, "~");
+            } else if (is_negative_infinity(number)) {
+                out = put(out, "-~");
+            } else if (getStrFromNumber(&number, reinterpret_cast<OraText *>(out), &size) ==
+                       OCI_SUCCESS) {
+                out += size;
+            } else {
+                refuse(reason, "no decimal text");
+                return nullptr;
+            }
+            break;
+        }
+        case Form::hex: out = write_hex(number, out); break;
+        case Form::dump: out = write_dump(number, out); break;
+        case Form::raw: {
+            // Bytes behind the value say nothing and are written as zeros.
+            const size_t length = number.OCINumberPart[0] + size_t{1};
+            std::memcpy(out, number.OCINumberPart, length);
+            std::memset(out + length, 0, OCI_NUMBER_SIZE - length);
+            return out + OCI_NUMBER_SIZE;
+        }
+    }
+    *out++ = '\n';
+    return out;
+}
+
+}  // namespace number_tool

@@ -1,0 +1,33 @@
+// The forms in which the tool reads and writes numbers.
+#pragma once
+
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "faults.h"
+#include "oci.h"
+
+namespace number_tool {
+
+enum class Form {
+    text,  // canonical decimal text; infinities are ~ and -~
+    hex,   // the meaningful bytes from the length byte on: 03C20218
+    dump,  // as database dumps show a stored number: Len=3: 194,2,24
+    raw,   // 22-byte records
+};
+
+const std::map<std::string, Form> &form_names();
+
+// Reads the bytes of a value, whatever they mean; of decimal text, those of its
+// number. Returns false with a reason when there are none to be had.
+bool read_bytes(Form form, std::string_view value, GivenBytes &given, std::string &reason);
+
+// The same, but malformed bytes are refused: `given.number` is a number then.
+bool read_number(Form form, std::string_view value, GivenBytes &given, std::string &reason);
+
+// Writes a well-formed number at `out`, with a line end except after a record,
+// and returns the end; nullptr with a reason when it cannot be written.
+char *write_number(Form form, const OCINumber &number, char *out, std::string &reason);
+
+}  // namespace number_tool
