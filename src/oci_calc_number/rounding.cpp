@@ -69,8 +69,8 @@ bool round_to_record(QZCICalcNumber &result, const Real<N> &v, int bits, Undecid
     Scaled<N> s;
     scale(s, v);
     // The top limb's base-100 digits, and the units of the last of 20 digits.
-    const int top_digits = s.top < 100 ? 1 : s.top < 10000 ? 2 : s.top < 1000000 ? 3 : 4;
-    const u64 last_base = power_of_100[4 - top_digits];
+    const int first = top_digits(s.top);
+    const u64 last_base = power_of_100[4 - first];
     u64 *const f = s.fraction;
     u64 pair1 = mul_1<N>(f, f, limb_base_2);
     u64 pair2 = mul_1<N>(f, f, limb_base_2);
@@ -107,7 +107,7 @@ bool round_to_record(QZCICalcNumber &result, const Real<N> &v, int bits, Undecid
         }
     }
     ub4 *const limb = result.data_part;
-    limb[0] = static_cast<ub4>(last * power_of_100[top_digits]);
+    limb[0] = static_cast<ub4>(last * power_of_100[first]);
     put_pair(limb + 1, pair2);
     put_pair(limb + 3, pair1);
     limb[5] = s.top;
@@ -128,6 +128,7 @@ void truncate_to_record(QZCICalcNumber &result, const Real<N> &v, int count) {
     set_trimmed(result, v.negative, s.pos - count + 1, count);
 }
 
+template bool round_to_record<3>(QZCICalcNumber &, const Real<3> &, int, Undecided);
 template bool round_to_record<4>(QZCICalcNumber &, const Real<4> &, int, Undecided);
 template bool round_to_record<8>(QZCICalcNumber &, const Real<8> &, int, Undecided);
 template bool round_to_record<16>(QZCICalcNumber &, const Real<16> &, int, Undecided);
