@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "number_bytes.h"
+#include "oci_calc_number/digit_lanes.h"
 #include "oci_calc_number/engine.h"
 
 namespace {
@@ -60,28 +61,6 @@ inline Coding encoding(bool negative) {
 
 // Non-zero exactly when the lowest byte above 99 exists.
 inline ub8 above_99(ub8 x) { return (x | (x + in_every_byte(28))) & in_every_byte(128); }
-
-// Eight digits to two limbs: pairs of bytes, then pairs of 16-bit lanes.
-inline ub8 join_digits(ub8 x) {
-    constexpr ub8 bytes = 0x00FF00FF00FF00FF;
-    constexpr ub8 lanes = 0x0000FFFF0000FFFF;
-    x = (x & bytes) + 100 * (x >> 8 & bytes);
-    return (x & lanes) + 10000 * (x >> 16 & lanes);
-}
-
-// Two limbs to eight digits. Splitting v into q = v / b and r = v % b with q in the
-// upper half of the lane, that is q * B + r, adds q * (B - b) to v.
-inline ub8 split_limbs(ub8 x) {
-    constexpr ub8 lanes = 0x0000FFFF0000FFFF;
-    constexpr ub8 quotients = 0x0000007F0000007F;
-    const auto high = static_cast<ub4>(x >> 32);
-    const auto low = static_cast<ub4>(x);
-    x += (ub8{high / 10000} << 32 | low / 10000) * (65536 - 10000);
-    // v / 100 is v * 5243 >> 19 for v below 10^4.
-    const ub8 even = (x & lanes) * 5243 >> 19 & quotients;
-    const ub8 odd = (x >> 16 & lanes) * 5243 >> 19 & quotients;
-    return x + (odd << 16 | even) * (256 - 100);
-}
 
 // high:low shifted right or left by bits < 64, one word of it.
 inline ub8 shift_in_right(ub8 high, ub8 low, int bits) {
@@ -173,16 +152,20 @@ extern "C" sword QZCICalcNumFromNumber(QZCICalcNumber *out, const OCINumber *in)
     const int skip = 3 - (exponent & 3);
     const int used = (skip + static_cast<int>(count) + 3) / 4;
     const int bits = 8 * skip + 32 * (used & 1);
-    ub4 *limbs = out->data_part;
+    ub4 *const limbs = out->data_part;
+    const ub8 top = first >> bits;
     if (used > 4) {
-        store_limbs(limbs, join_digits(shift_in_right(second, third, bits)));
-        limbs += 2;
+        const calc::TwoWords low = calc::join_digits(
+            {shift_in_right(first, second, bits), shift_in_right(second, third, bits)});
+        store_limbs(limbs, low.low);
+        store_limbs(limbs + 2, low.high);
+        store_limbs(limbs + 4, calc::join_digits({0, top}).low);
+    } else {
+        // With up to two limbs the lower word lies behind the digits.
+        const calc::TwoWords both = calc::join_digits({top, shift_in_right(first, second, bits)});
+        if (used > 2) store_limbs(limbs, both.low);
+        store_limbs(limbs + (used > 2 ? 2 : 0), both.high);
     }
-    if (used > 2) {
-        store_limbs(limbs, join_digits(shift_in_right(first, second, bits)));
-        limbs += 2;
-    }
-    store_limbs(limbs, join_digits(first >> bits));
     const int end_pos = (exponent >> 2) - used + 1;
     if (first >> 56 == 0 || out->data_part[0] == 0) [[unlikely]] {
         calc::set_trimmed(*out, negative, end_pos, used);
@@ -232,9 +215,8 @@ extern "C" sword QZCICalcNumToNumber(const QZCICalcNumber *in, OCINumber *out) {
         return OCI_SUCCESS;
     }
 
-    const ub8 first = split_limbs(words[0]);
-    const ub8 second = words[1] != 0 ? split_limbs(words[1]) : 0;
-    const ub8 third = words[2] != 0 ? split_limbs(words[2]) : 0;
+    const auto [first, second] = calc::split_limbs({words[0], words[1]});
+    const ub8 third = words[2] != 0 ? calc::split_limbs({0, words[2]}).low : 0;
     const int bits = 8 * (4 - top_digits);
     const ub8 digits[3] = {shift_in_left(first, second, bits), shift_in_left(second, third, bits),
                            third << bits >> 32 << 32};
