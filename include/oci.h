@@ -106,7 +106,7 @@ typedef struct OCIError OCIError;
 #define OCI_HTYPE_ENV 1   /* handle type of an OCIEnv */
 #define OCI_HTYPE_ERROR 2 /* handle type of an OCIError */
 
-/* Longest message in an error handle, terminator included, in bytes. */
+/* Longest message in an error handle in bytes, without its terminator. */
 #define OCI_ERROR_MAXMSG_SIZE2 3072
 
 /* Creates an environment handle and stores it at `envp`.
@@ -142,7 +142,7 @@ OCI_NUMBER_API sword OCIHandleFree(void *hndlp, const ub4 type);
  * `recordno` counts from 1; a handle holds one record. `sqlstate` may be null;
  * otherwise it receives the terminated SQL state (6 bytes), which the number
  * functions leave empty. `*errcodep` receives the error number. `bufp` (may be
- * null) receives the terminated message, at most `bufsiz` bytes of it.
+ * null) receives the terminated message, at most `bufsiz` bytes with it.
  * `type` must be OCI_HTYPE_ERROR.
  * Returns OCI_SUCCESS; OCI_NO_DATA when there is no such record; OCI_ERROR when
  * the message was cut to fit; OCI_INVALID_HANDLE when `hndlp` is not a live
