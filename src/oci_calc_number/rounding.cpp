@@ -8,10 +8,10 @@ namespace {
 constexpr u64 power_of_100[] = {1, 100, 10000, 1000000, 100000000};
 
 // v = (top + fraction / 2^(64N)) * 10^(8 pos) with 1 <= top < 10^8, within a relative
-// error of 2^-scale_bits<N>: the power of ten is cut off by 1 ulp, the product by N + 1
-// ulps at a mantissa of 1/4 or more.
+// error of 2^-scale_bits<N>: the power of ten is cut off by 1 ulp, the product by 2N ulps at
+// a mantissa of 1/4 or more. top is 0 for a value within that error below 10^(8 pos).
 template <int N>
-inline constexpr int scale_bits = 64 * N - 7;
+inline constexpr int scale_bits = 64 * N - 8;
 
 template <int N>
 struct Scaled {
@@ -23,22 +23,21 @@ struct Scaled {
 // v.exp lies within the range checked by round_to_record.
 template <int N>
 void scale(Scaled<N> &s, const Real<N> &v) {
-    // 78913 / 2^18 is log10(2): the position of 2^(exp - 1), or one off it.
+    // 78913 / 2^18 is log10(2): the position of 2^(exp - 1), which is v's or 1 below it.
     s.pos = (v.exp - 1) * 78913 >> 21;
-    for (;;) {
+    for (bool raised = false;;) {
         Limbs<N> product;
         mul_high<N>(product, v.m, power_mantissa[-s.pos - min_power] + 16 - N);
-        const int exp = v.exp + power_exp(-s.pos);  // 0 to 28 and a little
-        if (exp > 0 && exp < 32) {
-            s.top = static_cast<ub4>(product[N - 1] >> (64 - exp));
-            if (s.top >= 1 && s.top < limb_base) {
-                shift_left<N>(s.fraction, product, exp);
-                return;
-            }
-        } else {
-            s.top = 0;
+        const int exp = v.exp + power_exp(-s.pos);  // 0 to 29
+        s.top = exp == 0 ? 0 : static_cast<ub4>(product[N - 1] >> (64 - exp));
+        // v/10^(8 pos) may be just below 1 by the truncations alone: once raised, the
+        // position is not lowered again.
+        if (s.top < limb_base && (s.top > 0 || raised)) {
+            shift_left<N>(s.fraction, product, exp);
+            return;
         }
-        s.pos += s.top == 0 ? -1 : 1;
+        raised = s.top > 0;
+        s.pos += raised ? 1 : -1;
     }
 }
 

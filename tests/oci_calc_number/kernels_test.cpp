@@ -9,11 +9,13 @@
 #include <cmath>
 #include <random>
 
+#include "oci_calc_number/rounding.h"
 #include "oracle.h"
 
 namespace {
 
 using calc::Decimal;
+using calc::Limbs;
 using calc::Real;
 using calc::Wide;
 
@@ -212,6 +214,34 @@ TEST_F(Kernels, ArcTangent) {
         };
         check(Real<3>());
         check(Real<4>());
+        check(Wide());
+    }
+}
+
+// Powers of 10^8 and their neighbours, where the scaling's own truncation moves the value
+// across the limb's border.
+TEST_F(Kernels, RoundingNextToPowersOfTheLimbBase) {
+    for (int k = -15; k <= 15; ++k) {
+        const std::string want = "1e" + std::to_string(8 * k);
+        const Operand x(want);
+        const auto check = [&]<int N>(Real<N> r) {
+            for (int step = -8; step <= 8; ++step) {
+                calc::to_real(r, x.decimal);
+                Limbs<N> ulp = {static_cast<ub8>(step < 0 ? -step : step)};
+                if (step < 0 && calc::sub<N>(r.m, r.m, ulp) == 0 && r.m[N - 1] >> 63 == 0) {
+                    r.m[N - 1] |= ub8{1} << 63;  // below a power of 2
+                    --r.exp;
+                } else if (step > 0) {
+                    calc::add<N>(r.m, r.m, ulp);
+                }
+                QZCICalcNumber result;
+                ASSERT_TRUE(calc::round_to_record(result, r, 64 * N - 16));
+                ASSERT_EQ(oracle::text(result), want) << N << " " << step;
+            }
+        };
+        check(Real<3>());
+        check(Real<4>());
+        check(Real<8>());
         check(Wide());
     }
 }
