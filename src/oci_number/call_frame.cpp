@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 
@@ -43,11 +42,15 @@ sword OCINumberError22060(OCIError *errhp, ub4 argument) {
 }
 
 sword OCINumberError22062(OCIError *errhp, const char *str, ub4 str_length) {
-    // A precision is an int, and the message ends where the handle's text does.
-    const int shown = static_cast<int>(std::min<size_t>(str_length, err_message_size));
+    const int shown = OCINumberShownLength(str_length);
     QZOCI_LOG_ERROR("call OCINumberFromText with invalid str [%.*s]", shown, str);
     return OCINumberSetError(errhp, 22062, "%s-22062: invalid input string [%.*s]\n",
                              qzci_oci_prefix(), shown, str);
+}
+
+sword OCINumberError22061(OCIError *errhp, const OraText *fmt, ub4 fmt_length) {
+    return OCINumberSetError(errhp, 22061, "%s-22061: invalid format text [%.*s]",
+                             qzci_oci_prefix(), OCINumberShownLength(fmt_length), fmt);
 }
 
 sword OCINumberCheckNumber(OCIError *errhp, const void *number, ub4 argument) {

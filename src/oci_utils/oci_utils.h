@@ -41,6 +41,12 @@ long long my_strtoll10(const char *nptr, char **endptr, int *error);
 // `*error` to 0; for any other text returns 0 and sets `*error` to 1.
 long double qz_atold(const char *start, const char *end, int *error);
 
+// Writes to `digits` the first `count` (1 to 20) significant decimal digits of
+// mantissa * 2^exponent, rounded to nearest, ties to even, and returns the decimal
+// exponent of the first: 7.5 has the digits "750" and the exponent 0. `mantissa`
+// is not 0; the value lies in the range of an 80-bit long double.
+int qz_decimal_digits(ub8 mantissa, int exponent, unsigned count, char *digits);
+
 // Prefixes of the interface's error messages.
 const char *qzci_oci_prefix(void);
 const char *qzci_ora_prefix(void);

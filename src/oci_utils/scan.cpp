@@ -1,9 +1,13 @@
 // Text scanners: integers and floating point, whatever the process's locale.
+#include <bit>
 #include <cmath>
-#include <cstring>
 #include <limits>
 
+#include "oci_utils/natural.h"
 #include "oci_utils/oci_utils.h"
+#include "oci_utils/power_of_ten.h"
+
+using namespace natural;
 
 namespace {
 
@@ -43,93 +47,83 @@ extern "C" long long my_strtoll10(const char *nptr, char **endptr, int *error) {
 
 namespace {
 
-__extension__ typedef unsigned __int128 ub16;
-
 constexpr unsigned max_decimals = 1024;
-constexpr unsigned decimals_per_limb = 19;  // 10^19 < 2^64
-constexpr unsigned fives_per_limb = 27;     // 5^27 < 2^64
 constexpr int mantissa_bits = std::numeric_limits<long double>::digits;
+static_assert(mantissa_bits == 64);
 
-constexpr ub8 power(ub8 base, unsigned exponent) {
-    ub8 result = 1;
-    while (exponent-- > 0) result *= base;
-    return result;
+// mantissa * 2^exponent, `up` by one in the mantissa; no rounding is left to the
+// machine.
+long double to_long_double(ub8 mantissa, bool up, int exponent) {
+    if (up && ++mantissa == 0) {
+        mantissa = ub8{1} << 63;
+        ++exponent;
+    }
+    const auto real = static_cast<long double>(mantissa);
+    // A product with a power of two is exact, and much faster than ldexp.
+    if (exponent > -1023 && exponent < 1024) {
+        return real * std::bit_cast<double>(static_cast<ub8>(exponent + 1023) << 52);
+    }
+    return std::ldexp(real, exponent);
 }
 
-// A natural number, least significant limb first. Room for max_decimals digits
-// (3402 bits), shifted up as far as a division by 5^max_decimals (2378 bits)
-// needs to leave a quotient wider than the mantissa.
-struct Natural {
-    ub8 limbs[96];
-    unsigned size = 0;
-
-    void multiply_add(ub8 factor, ub8 addend) {
-        ub16 carry = addend;
-        for (unsigned i = 0; i < size; ++i) {
-            carry += static_cast<ub16>(limbs[i]) * factor;
-            limbs[i] = static_cast<ub8>(carry);
-            carry >>= 64;
-        }
-        if (carry != 0) limbs[size++] = static_cast<ub8>(carry);
-    }
-
-    void shift_limbs_up(unsigned count) {
-        std::memmove(limbs + count, limbs, size * sizeof *limbs);
-        std::memset(limbs, 0, count * sizeof *limbs);
-        size += count;
-    }
-
-    // Divides in place; returns whether there was a remainder.
-    bool divide(ub8 divisor) {
-        ub16 rest = 0;
-        for (unsigned i = size; i-- > 0;) {
-            rest = rest << 64 | limbs[i];
-            limbs[i] = static_cast<ub8>(rest / divisor);
-            rest %= divisor;
-        }
-        while (size > 0 && limbs[size - 1] == 0) --size;
-        return rest != 0;
-    }
-
-    unsigned bits() const {
-        return size == 0 ? 0 : 64 * size - static_cast<unsigned>(__builtin_clzll(limbs[size - 1]));
-    }
-
-    // Bits `from` and up, 128 of them.
-    ub16 bits_from(unsigned from) const {
-        ub16 result = 0;
-        for (unsigned i = 0; i < 3 && from / 64 + i < size; ++i) {
-            const int place = static_cast<int>(64 * i) - static_cast<int>(from % 64);
-            const ub16 limb = limbs[from / 64 + i];
-            result |= place < 0 ? limb >> -place : place < 128 ? limb << place : 0;
-        }
-        return result;
-    }
-
-    bool any_bit_below(unsigned i) const {
-        for (unsigned k = 0; k < i / 64; ++k) {
-            if (limbs[k] != 0) return true;
-        }
-        return i % 64 != 0 && limbs[i / 64] << (64 - i % 64) != 0;
-    }
+// The digits of a decimal text: an integer over 10^fraction.
+struct DecimalDigits {
+    const char *begin;  // of the first digit that is not zero; one point may be inside
+    const char *end;
+    unsigned count;
+    unsigned fraction;
 };
 
-// (n + rest) * 2^scale to nearest, ties to even, where 0 <= rest < 1 is not zero
-// exactly when `inexact`, and n is wider than the mantissa then. Rounds with
-// integers alone, so the rounding mode has no part in it.
-long double round_to_long_double(const Natural &n, bool inexact, int scale) {
-    static_assert(mantissa_bits < 128);
-    const unsigned bits = n.bits();
-    const unsigned dropped = bits > mantissa_bits ? bits - mantissa_bits : 0;
-    ub16 mantissa = n.bits_from(dropped);
-    if (dropped > 0 && (n.bits_from(dropped - 1) & 1) != 0 &&
-        (inexact || (mantissa & 1) != 0 || n.any_bit_below(dropped - 1))) {
-        ++mantissa;
+// The nearest long double by exact arithmetic, for any number of digits but none.
+long double exact_long_double(const DecimalDigits &digits) {
+    Natural n;
+    for (const char *p = digits.begin; p != digits.end;) {
+        ub8 chunk = 0;
+        unsigned chunk_decimals = 0;
+        for (; p != digits.end && chunk_decimals < decimals_per_limb; ++p) {
+            if (*p == '.') continue;
+            chunk = chunk * 10 + static_cast<ub8>(*p - '0');
+            ++chunk_decimals;
+        }
+        n.multiply_add(power(10, chunk_decimals), chunk);
     }
-    // Both halves and their sum are exact.
-    const long double high = static_cast<long double>(static_cast<ub8>(mantissa >> 64));
-    const long double low = static_cast<long double>(static_cast<ub8>(mantissa));
-    return std::ldexp(high * 0x1p64L + low, scale + static_cast<int>(dropped));
+
+    // n / 10^k = n * 2^s / 5^k * 2^(-s-k), with s such that the quotient keeps
+    // more bits than the mantissa. Floors of floors divide by the product.
+    const unsigned divisor_bits = digits.fraction * 7 / 3 + 1;  // log2(5) < 7/3
+    const unsigned wanted = divisor_bits + mantissa_bits + 2;
+    const unsigned bits = n.bits();
+    const unsigned shift = bits < wanted ? (wanted - bits + 63) / 64 : 0;
+    n.shift_limbs_up(shift);
+    bool inexact = false;
+    for (unsigned k = digits.fraction; k > 0;) {
+        const unsigned step = k < fives_per_limb ? k : fives_per_limb;
+        inexact |= n.divide(power(5, step));
+        k -= step;
+    }
+
+    // To nearest, ties to even.
+    const unsigned dropped = n.bits() - mantissa_bits;
+    const auto mantissa = static_cast<ub8>(n.bits_from(dropped));
+    const bool up = (n.bits_from(dropped - 1) & 1) != 0 &&
+                    (inexact || (mantissa & 1) != 0 || n.any_bit_below(dropped - 1));
+    return to_long_double(
+        mantissa, up, static_cast<int>(dropped) - static_cast<int>(64 * shift + digits.fraction));
+}
+
+// The nearest long double of `value` / 10^fraction, which are the digits'.
+long double nearest_long_double(ub16 value, const DecimalDigits &digits) {
+    const auto high = static_cast<ub8>(value >> 64);
+    const int zeros =
+        high != 0 ? __builtin_clzll(high) : 64 + __builtin_clzll(static_cast<ub8>(value));
+    const auto quotient =
+        power_of_ten::multiply(value << zeros, -zeros, -static_cast<int>(digits.fraction));
+    const int dropped = 64 - __builtin_clzll(static_cast<ub8>(quotient.bits >> 64));
+    const ub16 half = ub16{1} << (dropped - 1);
+    const ub16 rest = quotient.bits & (2 * half - 1);
+    if (rest <= half && rest + quotient.below > half) return exact_long_double(digits);
+    return to_long_double(static_cast<ub8>(quotient.bits >> dropped), rest > half,
+                          quotient.exponent + dropped);
 }
 
 }  // namespace
@@ -140,52 +134,52 @@ extern "C" long double qz_atold(const char *start, const char *end, int *error) 
     const bool negative = p != end && *p == '-';
     if (negative) ++p;
 
-    // All digits without the point as one number, in chunks of a limb.
-    Natural n;
-    ub8 chunk = 0;
-    unsigned chunk_decimals = 0;
-    unsigned decimals = 0;
-    unsigned fraction_decimals = 0;
-    bool any_digit = false;
-    bool point = false;
-    for (; p != end; ++p) {
-        if (*p == '.' && !point) {
-            point = true;
-            continue;
-        }
-        if (!is_digit(*p)) return 0;
-        any_digit = true;
-        if (decimals > 0 || *p != '0') ++decimals;
-        if (point) ++fraction_decimals;
-        if (decimals > max_decimals || fraction_decimals > max_decimals) return 0;
-        chunk = chunk * 10 + static_cast<ub8>(*p - '0');
-        if (++chunk_decimals == decimals_per_limb) {
-            n.multiply_add(power(10, decimals_per_limb), chunk);
-            chunk = 0;
-            chunk_decimals = 0;
-        }
+    const char *point = nullptr;
+    const char *const all = p;
+    for (; p != end && (*p == '0' || (*p == '.' && point == nullptr)); ++p) {
+        if (*p == '.') point = p;
     }
-    if (!any_digit) return 0;
-    n.multiply_add(power(10, chunk_decimals), chunk);
+    DecimalDigits digits{p, end, 0, 0};
+    // The first digits as one number, in two limbs, and the count of the others.
+    const auto take = [&](ptrdiff_t most, unsigned &count) {
+        ub8 value = 0;
+        const char *first = p;
+        const char *limit = end - p > most ? p + most : end;
+        for (; p != limit; ++p) {
+            if (is_digit(*p)) {
+                value = value * 10 + static_cast<ub8>(*p - '0');
+            } else if (*p == '.' && point == nullptr) {
+                point = p;
+                ++first;
+                if (limit != end) ++limit;
+            } else {
+                break;
+            }
+        }
+        count = static_cast<unsigned>(p - first);
+        return value;
+    };
+    unsigned high_count, low_count, rest_count;
+    const ub8 high = take(decimals_per_limb, high_count);
+    const ub8 low = take(decimals_per_limb, low_count);
+    take(max_decimals, rest_count);
+    if (p != end) return 0;
+    digits.count = high_count + low_count + rest_count;
+    const size_t length = static_cast<size_t>(end - all);
+    const size_t fraction = point == nullptr ? 0 : static_cast<size_t>(end - point) - 1;
+    if (length == (point == nullptr ? 0 : 1) || digits.count > max_decimals ||
+        fraction > max_decimals) {
+        return 0;
+    }
+    digits.fraction = static_cast<unsigned>(fraction);
     *error = 0;
 
-    // n / 10^k = n * 2^s / 5^k * 2^(-s-k), with s such that the quotient keeps
-    // more bits than the mantissa. Floors of floors divide by the product.
-    bool inexact = false;
-    int scale = 0;
-    if (n.size > 0 && fraction_decimals > 0) {
-        const unsigned divisor_bits = fraction_decimals * 7 / 3 + 1;  // log2(5) < 7/3
-        const unsigned wanted = divisor_bits + mantissa_bits + 2;
-        const unsigned bits = n.bits();
-        const unsigned shift = bits < wanted ? (wanted - bits + 63) / 64 : 0;
-        n.shift_limbs_up(shift);
-        scale = -static_cast<int>(64 * shift + fraction_decimals);
-        for (unsigned k = fraction_decimals; k > 0;) {
-            const unsigned step = k < fives_per_limb ? k : fives_per_limb;
-            inexact |= n.divide(power(5, step));
-            k -= step;
-        }
+    long double magnitude = 0;
+    if (rest_count > 0) {
+        magnitude = exact_long_double(digits);
+    } else if (digits.count > 0) {
+        magnitude =
+            nearest_long_double(static_cast<ub16>(high) * power(10, low_count) + low, digits);
     }
-    const long double magnitude = round_to_long_double(n, inexact, scale);
     return negative ? -magnitude : magnitude;
 }

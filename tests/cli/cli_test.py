@@ -157,6 +157,24 @@ class Conversions(unittest.TestCase):
                 self.assertEqual((status, err), (0, b""))
                 self.assertEqual(out.decode().replace(": ", ":").split(), expected.split())
 
+    def test_models(self):
+        for arguments, expected in [
+            (["format", "--model", "9990.99", "123.456", "-0.5"], "  123.46\n   -0.50\n"),
+            (["format", "-m", "fm9990.99", "--from", "hex", "03C20218"], "123.\n"),
+            (["format", "--model", "TM9", "-.25"], "-.25\n"),
+            (["parse", "--model", "999.99", " -12.50", "0.1"], "-12.5\n0.1\n"),
+            (["parse", "--to", "hex", "-m", "099", "012"], "02C10D\n"),
+        ]:
+            with self.subTest(arguments):
+                self.assertEqual(run(*arguments), (0, expected.encode(), b""))
+        texts = [text for text in random_texts(100_000) if len(text.partition(".")[2]) <= 20]
+        data = "".join(text + "\n" for text in texts).encode()
+        status, formatted, err = run("format", "--model", "9" * 37 + "0." + "9" * 20, data=data)
+        self.assertEqual((status, err), (0, b""))
+        # The padding zeros of the fractions do not count.
+        self.assertEqual(run("parse", "--model", "9" * 38 + "." + "9" * 20, data=formatted),
+                         (0, data, b""))
+
     def test_random_values(self):
         texts = random_texts(1_000_000)
         data = ("\n".join(texts) + "\n").encode()
@@ -261,6 +279,19 @@ class Refusals(unittest.TestCase):
             self.check(["decode", "--from", form, "--", value], b"", b"",
                        [f'argument 1: "{value}": {reason}'])
 
+    def test_models(self):
+        overflow = "OCI-22065: number to text translation for the given format causes overflow"
+        for arguments, message in [
+            (["format", "-m", "99", "100"], f'"100": {overflow}'),
+            (["format", "-m", "99", "~"], f'"~": {overflow}'),
+            (["format", "-m", "9", "1e5"], '"1e5": unexpected "e" at column 2'),
+            (["parse", "-m", "99", "100"], '"100": no decimal text under the model "99"'),
+            (["parse", "-m", "99", ""], '"": no value'),
+        ]:
+            with self.subTest(arguments):
+                self.assertEqual(run(*arguments),
+                                 (1, b"", f"ocinumber: argument 1: {message}\n".encode()))
+
     def test_places(self):
         with tempfile.TemporaryDirectory() as folder:
             name = os.path.join(folder, "numbers.txt")
@@ -289,11 +320,13 @@ class Refusals(unittest.TestCase):
 
     def test_usage(self):
         for arguments in ([], ["encod"], ["encode", "-x"], ["encode", "--to", "text", "1"],
-                          ["decode", "--from", "raw", "02C102"], ["encode", "--file"]):
+                          ["decode", "--from", "raw", "02C102"], ["encode", "--file"],
+                          ["format", "1"], ["format", "-m", "S9", "1"], ["format", "-m", "", "1"],
+                          ["parse", "-m", "FM9", "1"]):
             status, out, err = run(*arguments)
             self.assertEqual((status, out, err[:11]), (2, b"", b"ocinumber: "), arguments)
         for arguments in (["--help"], ["encode", "--help"], ["decode", "-h"], ["inspect", "--help"],
-                          ["--version"]):
+                          ["format", "--help"], ["parse", "--help"], ["--version"]):
             status, out, err = run(*arguments)
             self.assertEqual((status, err), (0, b""), arguments)
             self.assertIn(b"ocinumber ", out)

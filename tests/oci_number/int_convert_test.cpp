@@ -1,6 +1,5 @@
 #include <cinttypes>
 
-#include "oci_utils/oci_utils.h"
 #include "support/exact.h"
 #include "support/numbers.h"
 
@@ -123,18 +122,6 @@ TEST(IntConvert, FromIntRefusals) {
                     row.null_handle});
         EXPECT_EQ(result, untouched);
     }
-}
-
-OCINumber from_text(const std::string &s) {
-    OCINumber n = number({});
-    std::string copy = s;
-    if (s == "inf") return number({2, 255, 101});
-    if (s == "-inf") return number({1, 0});
-    EXPECT_EQ(
-        getNumberFromStr(&n, reinterpret_cast<ub1 *>(copy.data()), static_cast<ub4>(copy.size())),
-        OCI_SUCCESS)
-        << s;
-    return n;
 }
 
 TEST(IntConvert, ToInt) {

@@ -32,6 +32,8 @@ public:
     GuardedBytes &operator=(const GuardedBytes &) = delete;
     ~GuardedBytes() { munmap(map_, mapped_); }
 
+    void *address() const { return data_; }
+
     // As a pointer to bytes or to a record of alignment 1.
     template <class T>
     T *as() const {

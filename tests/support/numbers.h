@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "oci_handle.h"
+#include "oci_utils/oci_utils.h"
 #include "support/services.h"
 
 inline constexpr ub1 unused = 0xEE;  // bytes of a record that nobody wrote
@@ -31,6 +32,19 @@ inline bool operator==(const OCINumber &a, const OCINumber &b) {
 
 inline void PrintTo(const OCINumber &n, std::ostream *out) {
     for (ub1 b : n.OCINumberPart) *out << int{b} << ' ';
+}
+
+// The value of a decimal text, or an infinity.
+inline OCINumber from_text(const std::string &s) {
+    OCINumber n = number({});
+    std::string copy = s;
+    if (s == "inf") return number({2, 255, 101});
+    if (s == "-inf") return number({1, 0});
+    EXPECT_EQ(
+        getNumberFromStr(&n, reinterpret_cast<ub1 *>(copy.data()), static_cast<ub4>(copy.size())),
+        OCI_SUCCESS)
+        << s;
+    return n;
 }
 
 // Only the value: the bytes that the length byte counts.

@@ -9,6 +9,9 @@
 // and the text. Places are checked on the way: a file name and a line.
 std::vector<std::string> take_log();
 
+// The same as one text, with P for every address and thread number.
+std::string take_masked_log();
+
 // printf into a string.
 std::string text(const char *fmt, ...) __attribute__((format(printf, 1, 2)));
 

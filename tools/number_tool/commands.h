@@ -20,6 +20,8 @@ struct Command {
 Command add_encode(CLI::App &tool);
 Command add_decode(CLI::App &tool);
 Command add_inspect(CLI::App &tool);
+Command add_format(CLI::App &tool);
+Command add_parse(CLI::App &tool);
 Command add_calc(CLI::App &tool);
 // round, trunc, prec, shift, abs, neg.
 std::vector<Command> add_operations(CLI::App &tool);
@@ -31,6 +33,9 @@ void add_inputs(CLI::App &command, Inputs &inputs, const char *value_name);
 // holds the default.
 CLI::Option *add_form(CLI::App &command, const char *option, Form &form, const std::string &forms,
                       const char *description);
+
+// Gives a command the option that names its format model.
+void add_model(CLI::App &command, std::string &model);
 
 // Raw records come from files; throws CLI::ValidationError for other values.
 Framing framing_of(Form form, const Inputs &inputs);

@@ -76,6 +76,20 @@ CLI::Option *add_form(CLI::App &command, const char *option, Form &form, const s
         ->expected(1);
 }
 
+void add_model(CLI::App &command, std::string &model) {
+    command
+        .add_option(
+            "-m,--model",
+            [&model](const CLI::results_t &models) {
+                model = models.back();
+                return true;
+            },
+            "Format model")
+        ->type_name("MODEL")
+        ->expected(1)
+        ->required();
+}
+
 Framing framing_of(Form form, const Inputs &inputs) {
     if (form != Form::raw) return Framing::lines;
     if (!inputs.values.empty()) {
@@ -122,7 +136,7 @@ int run(int argc, char **argv, Output &out) {
         VERSION_TEXT(OCI_NUMBER_VERSION_MAJOR, OCI_NUMBER_VERSION_MINOR, OCI_NUMBER_VERSION_PATCH));
     tool.require_subcommand(1);
     std::vector<Command> commands = {add_encode(tool), add_decode(tool), add_inspect(tool),
-                                     add_calc(tool)};
+                                     add_format(tool), add_parse(tool),  add_calc(tool)};
     for (Command &command : add_operations(tool)) commands.push_back(std::move(command));
     try {
         tool.parse(mark_values(argc, argv));

@@ -1,0 +1,77 @@
+// Binary to decimal: the correctly rounded digits of mantissa * 2^exponent, by
+// integers alone, so that neither locale nor rounding mode has a part in them.
+//
+// The value times a power of ten 10^p has the wanted digits before its point, as
+// in U. Adams, "Ryu revisited: printf floating point conversion" (2019).
+#include "oci_utils/natural.h"
+#include "oci_utils/oci_utils.h"
+#include "oci_utils/power_of_ten.h"
+
+using namespace natural;
+
+namespace {
+
+// Whether mantissa * 2^exponent * 10^p is below, at or above `floor` + 1/2.
+int compare_with_half(ub8 mantissa, int exponent, int p, ub16 floor) {
+    Natural value;
+    value.multiply_add(0, mantissa);
+    Natural half;
+    half.multiply_add(0, static_cast<ub8>(floor >> 63));
+    half.shift_limbs_up(1);
+    half.limbs[0] = static_cast<ub8>(floor << 1) | 1;
+    (p > 0 ? value : half).multiply_by_power_of_5(static_cast<unsigned>(p > 0 ? p : -p));
+    const int scale = exponent + p + 1;
+    (scale > 0 ? value : half).shift_up(static_cast<unsigned>(scale > 0 ? scale : -scale));
+    return value.compare(half);
+}
+
+// floor(b * log10(2)), exact for the exponents of a long double: the first
+// multiple of log10(2) that is nearer to an integer than the constant's error
+// lies beyond b = 28738.
+int decimal_exponent_of_power_of_2(int b) { return static_cast<int>((sb8{b} * 1292913986) >> 32); }
+
+}  // namespace
+
+extern "C" int qz_decimal_digits(ub8 mantissa, int exponent, unsigned count, char *digits) {
+    const int shift = __builtin_clzll(mantissa);
+    mantissa <<= shift;
+    exponent -= shift;
+
+    ub16 limit = 1;  // 10^count
+    for (unsigned i = 0; i < count; ++i) limit *= 10;
+    // The first guess is right, or one too low when a power of ten lies between
+    // the value and the power of two below it.
+    int decimal_exponent = decimal_exponent_of_power_of_2(exponent + 63);
+    int p = static_cast<int>(count) - 1 - decimal_exponent;
+    const ub16 wide = static_cast<ub16>(mantissa) << 64;
+    auto scaled = power_of_ten::multiply(wide, exponent - 64, p);
+    if (scaled.bits >> -scaled.exponent >= limit) {
+        ++decimal_exponent;
+        --p;
+        scaled = power_of_ten::multiply(wide, exponent - 64, p);
+    }
+
+    ub16 number = scaled.bits >> -scaled.exponent;
+    const ub16 half = ub16{1} << (-scaled.exponent - 1);
+    const ub16 fraction = scaled.bits & (2 * half - 1);
+    bool up = fraction > half;
+    if (!up && fraction + scaled.below > half) {
+        const int order = compare_with_half(mantissa, exponent, p, number);
+        up = order > 0 || (order == 0 && (number & 1) != 0);
+    }
+    if (up && ++number == limit) {
+        number = limit / 10;
+        ++decimal_exponent;
+    }
+
+    constexpr unsigned low_count = 10;
+    const ub16 low_limit = 10'000'000'000;
+    auto high = static_cast<ub8>(number / low_limit);
+    auto low = static_cast<ub8>(number % low_limit);
+    for (unsigned i = count; i-- > 0;) {
+        ub8 &rest = count - i <= low_count ? low : high;
+        digits[i] = static_cast<char>('0' + rest % 10);
+        rest /= 10;
+    }
+    return decimal_exponent;
+}

@@ -1,0 +1,95 @@
+#include <gtest/gtest.h>
+#include <mpfr.h>
+
+#include <random>
+
+#include "oci_utils/oci_utils.h"
+#include "support/numbers.h"
+
+namespace {
+
+// Digits and decimal exponent as "d...d e".
+std::string digits_of(ub8 mantissa, int exponent, unsigned count) {
+    char digits[20];
+    const int decimal_exponent = qz_decimal_digits(mantissa, exponent, count, digits);
+    return std::string(digits, count) + " " + std::to_string(decimal_exponent);
+}
+
+std::string exact_digits_of(ub8 mantissa, int exponent, unsigned count) {
+    // Rounded by integers: the value as a fraction, times 10^p.
+    mpfr_t value;
+    mpfr_init2(value, 64);
+    mpfr_set_ui_2exp(value, mantissa, exponent, MPFR_RNDN);
+    mpfr_exp_t decimal_exponent;
+    char digits[32];
+    mpfr_get_str(digits, &decimal_exponent, 10, count, value, MPFR_RNDN);
+    mpfr_clear(value);
+    // One digit is below MPFR's minimum of two.
+    return std::string(digits, count) + " " + std::to_string(decimal_exponent - 1);
+}
+
+TEST(RealDigits, Known) {
+    const struct {
+        ub8 mantissa;
+        int exponent;
+        unsigned count;
+        const char *digits;
+    } rows[] = {
+        {15, -1, 3, "750 0"},
+        {1, 0, 1, "1 0"},
+        {25, -1, 2, "12 1"},  // ties to even
+        {27, -1, 2, "14 1"},
+        {19, -1, 1, "1 1"},               // 9.5, a tie with a carry
+        {999999995, 0, 8, "10000000 9"},  // and down from 99999999 5
+        {999999985, 0, 8, "99999998 8"},
+        {0x1999999999999A, -56, 17, "10000000000000001 -1"},
+        {~ub8{0}, 0, 20, "18446744073709551615 19"},
+        {1, -16445, 20, "36451995318824746025 -4951"},
+        {~ub8{0}, 16320, 20, "11897314953572317650 4932"},
+    };
+    for (const auto &row : rows) {
+        EXPECT_EQ(digits_of(row.mantissa, row.exponent, row.count), row.digits);
+    }
+}
+
+TEST(RealDigits, RandomAgainstMpfr) {
+    auto random = seeded();
+    for (long i = random_cases(50000); i > 0; --i) {
+        const ub8 mantissa = random() >> random() % 64 | 1;
+        const int exponent = static_cast<int>(random() % 32765) - 16445;
+        const unsigned count = 2 + static_cast<unsigned>(random() % 19);
+        ASSERT_EQ(digits_of(mantissa, exponent, count), exact_digits_of(mantissa, exponent, count))
+            << mantissa << " * 2^" << exponent;
+    }
+}
+
+// Ties and their next neighbours, above and below the point, where the table
+// cannot tell and exact arithmetic decides.
+TEST(RealDigits, Ties) {
+    auto random = seeded();
+    for (long i = random_cases(20000); i > 0; --i) {
+        // t / 2^k ends in a 5 at its last place; so does t * 5^j * 2^(j-1).
+        const int places = static_cast<int>(random() % 24) - 12;
+        ub8 t = (random() >> (30 + random() % 30)) | 1;
+        for (int j = 0; j < places; ++j) t *= 5;
+        if (t >> 62 != 0) continue;
+        const int exponent = places - 1;
+        mpz_t exact;
+        mpz_init_set_ui(exact, t);
+        for (int k = exponent; k < 0; ++k) mpz_mul_ui(exact, exact, 5);
+        for (int k = exponent; k > 0; --k) mpz_mul_ui(exact, exact, 2);
+        char digits[64];
+        std::string all = mpz_get_str(digits, 10, exact);
+        mpz_clear(exact);
+        const auto count = static_cast<unsigned>(all.find_last_not_of('0'));
+        ASSERT_EQ(all[count], '5');
+        if (count < 2 || count > 20) continue;
+        for (const ub8 near : {t, (t << 2) - 1, (t << 2) + 1}) {
+            const int scale = near == t ? exponent : exponent - 2;
+            ASSERT_EQ(digits_of(near, scale, count), exact_digits_of(near, scale, count))
+                << near << " * 2^" << scale << " to " << count;
+        }
+    }
+}
+
+}  // namespace
