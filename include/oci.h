@@ -405,6 +405,135 @@ OCI_NUMBER_API sword OCINumberFromText(OCIError *err, const OraText *str, ub4 st
                                        const OraText *nls_params, ub4 nls_p_length,
                                        OCINumber *number);
 
+/* ---- Calculation -------------------------------------------------------- */
+
+/* For finite operands every result is the exact mathematical value, rounded
+ * once, half away from zero, to the 20 base-100 digits that a number holds: 39
+ * or 40 decimal digits, as the pairs are aligned on the decimal point. Results
+ * are in normal form. A magnitude of 10^126 or more after rounding is the
+ * infinity of that sign, one below 10^-128 is zero; both are successes.
+ *
+ * Operands are taken at their value, in normal form or not. `result` may be an
+ * operand; it is written after the last operand was read, and only on success
+ * (all 22 bytes may be, whatever the length of the value).
+ *
+ * Errors of every function here, besides those it names:
+ *   21560  a null pointer (each function lists the arguments)
+ *   22060  a number whose length byte is not 1 to 21
+ *   602    the calculation refused its operands: bytes that are no digits, and
+ *          the operands named below. The message is "OCINumberAdd call
+ *          QZCICalcFunc error" with the function's name and the failed step.
+ *
+ *   OCINumberDiv(err, &one, &three, &third);
+ *   OCINumberMul(err, &third, &three, &almost_one);  0.999..., 40 digits
+ */
+
+/* number1 + number2 and number1 - number2.
+ * Errors: 21560 (argument 2, 3, 4), 22060 (argument 2, 3), 602 for a difference
+ * of infinities. */
+OCI_NUMBER_API sword OCINumberAdd(OCIError *err, const OCINumber *number1, const OCINumber *number2,
+                                  OCINumber *result);
+OCI_NUMBER_API sword OCINumberSub(OCIError *err, const OCINumber *number1, const OCINumber *number2,
+                                  OCINumber *result);
+
+/* number1 times number2.
+ * Errors: 21560 (argument 2, 3, 4), 22060 (argument 2, 3), 602 for zero times an
+ * infinity. */
+OCI_NUMBER_API sword OCINumberMul(OCIError *err, const OCINumber *number1, const OCINumber *number2,
+                                  OCINumber *result);
+
+/* number1 divided by number2. A finite number divided by an infinity is zero.
+ * Errors: 21560 (argument 2, 3, 4), 22060 (argument 2, 3), 22056 for a zero
+ * number2 (the message quotes number1; no line in the log), 602 for a quotient
+ * of infinities. */
+OCI_NUMBER_API sword OCINumberDiv(OCIError *err, const OCINumber *number1, const OCINumber *number2,
+                                  OCINumber *result);
+
+/* The remainder of number1 divided by number2: number1 - t * number2 with the
+ * quotient truncated to the integer t. It has the sign of number1 and is exact
+ * for any operands. Modulo an infinity, number1 is the remainder.
+ * Errors: 21560 (argument 2, 3, 4), 22060 (argument 2, 3), 22056 for a zero
+ * number2 (as OCINumberDiv), 602 for an infinite number1. */
+OCI_NUMBER_API sword OCINumberMod(OCIError *err, const OCINumber *number1, const OCINumber *number2,
+                                  OCINumber *result);
+
+/* `base` to the power `number`; exact where the result can be represented.
+ * Anything to the power zero is 1.
+ * Errors: 21560 (argument 2, 3, 4), 22060 (argument 2, 3), 602 for a negative
+ * base with an exponent that is no integer and for zero to a negative power. */
+OCI_NUMBER_API sword OCINumberPower(OCIError *err, const OCINumber *base, const OCINumber *number,
+                                    OCINumber *result);
+
+/* `base` to the power `exp`, any integer.
+ * Errors: 21560 (argument 2, 4), 22060 (argument 2), 602 for zero to a negative
+ * power ("OCINumberIntPower call QZCICalcFunc error"). */
+OCI_NUMBER_API sword OCINumberIntPower(OCIError *err, const OCINumber *base, const sword exp,
+                                       OCINumber *result);
+
+/* The logarithm of `number` to the base `base`: base 10 of 1000 is 3. To the
+ * base 1 it is positive infinity for numbers from 1 on, else negative infinity.
+ * Both must be positive; they may be infinite, but not both.
+ * Errors: 21560 (argument 2, 3, 4), 22060 (argument 2, 3; also for zero and
+ * below), 602 (the messages name OCINumberLn and the failed step). */
+OCI_NUMBER_API sword OCINumberLog(OCIError *err, const OCINumber *base, const OCINumber *number,
+                                  OCINumber *result);
+
+/* e to the power `number`, and the natural logarithm.
+ * Errors: 21560 (argument 2, 3), 22060 (argument 2; OCINumberLn also for zero),
+ * 602 for the logarithm of a negative number. */
+OCI_NUMBER_API sword OCINumberExp(OCIError *err, const OCINumber *number, OCINumber *result);
+OCI_NUMBER_API sword OCINumberLn(OCIError *err, const OCINumber *number, OCINumber *result);
+
+/* The square root.
+ * Errors: 21560 (argument 2, 3), 22060 (argument 2; also for a negative number). */
+OCI_NUMBER_API sword OCINumberSqrt(OCIError *err, const OCINumber *number, OCINumber *result);
+
+/* The nearest integer not below `number`, and not above it.
+ * Errors: 21560 (argument 2, 3), 22060 (argument 2), 602. */
+OCI_NUMBER_API sword OCINumberCeil(OCIError *err, const OCINumber *number, OCINumber *result);
+OCI_NUMBER_API sword OCINumberFloor(OCIError *err, const OCINumber *number, OCINumber *result);
+
+/* Trigonometric functions of an angle in radians, of any size.
+ * Errors: 21560 (argument 2, 3), 22060 (argument 2), 602 for an infinity. */
+OCI_NUMBER_API sword OCINumberSin(OCIError *err, const OCINumber *number, OCINumber *result);
+OCI_NUMBER_API sword OCINumberCos(OCIError *err, const OCINumber *number, OCINumber *result);
+OCI_NUMBER_API sword OCINumberTan(OCIError *err, const OCINumber *number, OCINumber *result);
+
+/* Arc functions, in radians: arc sine and arc tangent in [-pi/2, pi/2], arc
+ * cosine in [0, pi].
+ * Errors: 21560 (argument 2, 3), 22060 (argument 2; OCINumberArcSin and
+ * OCINumberArcCos also for a number above 1 or below -1), 602. */
+OCI_NUMBER_API sword OCINumberArcSin(OCIError *err, const OCINumber *number, OCINumber *result);
+OCI_NUMBER_API sword OCINumberArcCos(OCIError *err, const OCINumber *number, OCINumber *result);
+OCI_NUMBER_API sword OCINumberArcTan(OCIError *err, const OCINumber *number, OCINumber *result);
+
+/* The angle, in (-pi, pi], of the point with the ordinate `number1` and the
+ * abscissa `number2`, which is refused when it is zero.
+ * Errors: 21560 (argument 2, 3, 4), 22060 (argument 2, 3; also for a zero
+ * number2), 602. */
+OCI_NUMBER_API sword OCINumberArcTan2(OCIError *err, const OCINumber *number1,
+                                      const OCINumber *number2, OCINumber *result);
+
+/* Hyperbolic functions.
+ * Errors: 21560 (argument 2, 3), 22060 (argument 2), 602. */
+OCI_NUMBER_API sword OCINumberHypSin(OCIError *err, const OCINumber *number, OCINumber *result);
+OCI_NUMBER_API sword OCINumberHypCos(OCIError *err, const OCINumber *number, OCINumber *result);
+OCI_NUMBER_API sword OCINumberHypTan(OCIError *err, const OCINumber *number, OCINumber *result);
+
+/* ---- Debug printers ----------------------------------------------------- */
+
+/* The calc engine's working record, private to the library. */
+typedef struct QZCICalcNumber QZCICalcNumber;
+
+/* Prints the record's value to standard output as a line "buffer is 1.5".
+ * Returns 0. */
+OCI_NUMBER_API sword print_calc_number(QZCICalcNumber *number);
+
+/* Prints the length byte and the bytes of the number, the length byte among
+ * them, to standard output: "Len=2: 2, 193, 2" for 1. A length byte above 21
+ * prints all 22 bytes. `number` is not null. Returns 0. */
+OCI_NUMBER_API sword print_number(OCINumber *number);
+
 #ifdef __cplusplus
 }
 #endif

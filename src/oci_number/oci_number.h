@@ -86,4 +86,40 @@ sword OCINumberProcessFormat(const OraText **fmt_raw, ub4 *fmt_raw_length, ub4 *
 // Error 22061: the format model, quoted; nothing in the log. Returns OCI_ERROR.
 sword OCINumberError22061(OCIError *errhp, const OraText *fmt, ub4 fmt_length);
 
+// Indexes into the tables of engine functions.
+enum two_params_calcfunc_index : ub4 {
+    OCINumberAddIndex,
+    OCINumberDivIndex,
+    OCINumberMulIndex,
+    OCINumberPowerIndex,
+    OCINumberSubIndex,
+    OCINumberModIndex,
+    OCINumberArcTan2Index,
+    OCINumberTwoParamIndexMax
+};
+enum one_param_calcfunc_index : ub4 {
+    OCINumberSinIndex,
+    OCINumberCosIndex,
+    OCINumberTanIndex,
+    OCINumberArcSinIndex,
+    OCINumberArcCosIndex,
+    OCINumberArcTanIndex,
+    OCINumberHypSinIndex,
+    OCINumberHypCosIndex,
+    OCINumberHypTanIndex,
+    OCINumberCeilIndex,
+    OCINumberExpIndex,
+    OCINumberFloorIndex,
+    OCINumberLnIndex,
+    OCINumberSqrtIndex,
+    OCINumberOneParamIndexMax
+};
+
+// Whole calls, frame included, of the functions that the calc engine computes.
+// `check_zero` refuses a divisor of zero; a one-parameter index is checked.
+sword OCINumberTwoParamMathCall(OCIError *err, const OCINumber *number1, const OCINumber *number2,
+                                OCINumber *result, ub4 index, boolean check_zero);
+sword OCINumberOneParamMathCall(OCIError *err, const OCINumber *number, OCINumber *result,
+                                ub4 index);
+
 }  // namespace oci_number

@@ -4,6 +4,7 @@
 
 Random values come from a fixed seed; CLI_TEST_SEED sets another.
 """
+import decimal
 import os
 import random
 import subprocess
@@ -58,6 +59,60 @@ def random_texts(count, seed=SEED):
         text = whole + ("." + fraction if fraction else "")
         texts.append("-" + text if source.getrandbits(1) and text != "0" else text)
     return texts
+
+
+class Operations(unittest.TestCase):
+    def test_results(self):
+        for arguments, expected in [
+            (["round", "12.5", "-12.5", "~"], "13\n-13\n~\n"),
+            (["round", "--places", "-1", "-15"], "-20\n"),
+            (["trunc", "--places", "1", "-99.99"], "-99.9\n"),
+            (["prec", "--digits", "4", "123.456"], "123.5\n"),
+            (["shift", "--by", "-2", "4711"], "47.11\n"),
+            (["shift", "--by", "126", "-1"], "-~\n"),
+            (["abs", "-1.5", "-~"], "1.5\n~\n"),
+            (["neg", "--from", "hex", "--to", "dump", "02C102"], "Len=3: 62,100,102\n"),
+        ]:
+            self.assertEqual(run(*arguments), (0, expected.encode(), b""), arguments)
+
+    def test_streams_and_refusals(self):
+        done = run("round", "--places", "1", data=b"1.25\nx\n-0.05\n")
+        self.assertEqual(done[:2], (1, b"1.3\n-0.1\n"))
+        self.assertEqual(done[2], b'ocinumber: -:2: "x": unexpected "x" at column 1\n')
+        for wrong in [["prec", "1"], ["shift", "1"], ["round", "--places", "x", "1"]]:
+            self.assertEqual(run(*wrong)[0], 2, wrong)
+
+
+class Expressions(unittest.TestCase):
+    def test_values(self):
+        # Irrational values to 39 or 40 digits, from Python's decimal module.
+        decimal.getcontext().prec = 60
+        two, ten = decimal.Decimal(2), decimal.Decimal(10)
+        for text, value in [("sqrt(2)", two.sqrt()), ("exp(1)", decimal.Decimal(1).exp()),
+                            ("ln(10)", ten.ln()), ("2^0.5", two.sqrt()), ("1/3", 1 / two / 3 * 2)]:
+            places = decimal.Decimal(10) ** (-40 if value < 1 else -38)
+            rounded = value.quantize(places, decimal.ROUND_HALF_UP)
+            self.assertEqual(run("calc", text)[1].decode().strip(), f"{rounded:f}".rstrip("0"))
+        for text, value in [("1+2*3", "7"), ("(1+2)*3", "9"), ("-2^2", "-4"), ("2^-1", "0.5"),
+                            ("2^3^2", "512"), ("7%-3", "1"), ("-7 % 3", "-1"), ("1e-3*3", "0.003"),
+                            (" 1.5E+2 - .5 ", "149.5"), ("log(10, 1000)", "3"), ("- -1", "1"),
+                            ("round(pi, 4)", "3.1416"), ("atan2(0,1)", "0"), ("1e200", "~"),
+                            ("shift(4711,-2)", "47.11"), ("mod(7,3)+power(2,10)", "1025")]:
+            self.assertEqual(run("calc", text), (0, value.encode() + b"\n", b""), text)
+
+    def test_errors_point_at_the_column(self):
+        for text, reason in [("1+*2", 'unexpected "*" at column 3'),
+                             ("(1+2", '")" is missing at column 5'),
+                             ("foo(1)", 'unknown name "foo" at column 1'),
+                             ("2 3", 'unexpected "3" at column 3'),
+                             ("1e", "digits of an exponent are missing at column 3"),
+                             ("3*(1/0)", "OCI-22056: value [1] is divided by zero at column 5"),
+                             ("round(1, 1.5)", "the second argument must be an integer of 32 bits "
+                                               "at column 10"),
+                             ("(" * 300, "nested too deeply at column 201")]:
+            status, out, message = run("calc", text)
+            self.assertEqual((status, out), (1, b""), text)
+            self.assertTrue(message.decode().endswith(": " + reason + "\n"), message)
 
 
 class Conversions(unittest.TestCase):

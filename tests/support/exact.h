@@ -37,6 +37,7 @@ public:
         return Decimal(digits, 2 * (first - static_cast<long>(pairs) + 1));
     }
 
+    mpz_ptr units() { return units_; }
     mpz_srcptr units() const { return units_; }
     long exponent() const { return exponent_; }
     int sign() const { return mpz_sgn(units_); }

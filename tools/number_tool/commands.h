@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "forms.h"
 #include "stream.h"
@@ -21,6 +22,9 @@ Command add_decode(CLI::App &tool);
 Command add_inspect(CLI::App &tool);
 Command add_format(CLI::App &tool);
 Command add_parse(CLI::App &tool);
+Command add_calc(CLI::App &tool);
+// round, trunc, prec, shift, abs, neg.
+std::vector<Command> add_operations(CLI::App &tool);
 
 // Gives a command the arguments that name its inputs.
 void add_inputs(CLI::App &command, Inputs &inputs, const char *value_name);

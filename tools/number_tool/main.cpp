@@ -135,8 +135,9 @@ int run(int argc, char **argv, Output &out) {
         "--version",
         VERSION_TEXT(OCI_NUMBER_VERSION_MAJOR, OCI_NUMBER_VERSION_MINOR, OCI_NUMBER_VERSION_PATCH));
     tool.require_subcommand(1);
-    const Command commands[] = {add_encode(tool), add_decode(tool), add_inspect(tool),
-                                add_format(tool), add_parse(tool)};
+    std::vector<Command> commands = {add_encode(tool), add_decode(tool), add_inspect(tool),
+                                     add_format(tool), add_parse(tool),  add_calc(tool)};
+    for (Command &command : add_operations(tool)) commands.push_back(std::move(command));
     try {
         tool.parse(mark_values(argc, argv));
         bool good = true;

@@ -1,0 +1,156 @@
+#!/usr/bin/env python3
+"""Runs the benchmarks and writes their last results into the documents.
+
+    bench/report.py [BUILD_FOLDER]        default build/release
+
+Writes the tables of docs/benchmarks.md (between the markers there) and the plot
+docs/benchmarks.svg. Needs valgrind for the instruction counts and matplotlib for
+the plot.
+"""
+import json
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+BUILD = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ROOT / "build/release").resolve()
+
+# Title, program, our benchmark, and the peers with the ratio aimed at (None: for
+# comparison only).
+BASE = [
+    ("render, 12 digits", "render_number/12", [("to_chars of int128", "render_int128_to_chars/12", 0.5)]),
+    ("render, 38 digits", "render_number/38", [("to_chars of int128", "render_int128_to_chars/38", 0.5)]),
+    ("read, 12 digits", "read_number/12", [("cpp_dec_float<40>", "read_boost/12", 0.5)]),
+    ("read, 38 digits", "read_number/38", [("cpp_dec_float<40>", "read_boost/38", 0.5)]),
+    ("`OCINumberFromInt`", "from_int", [("snprintf", "integer_snprintf", 0.5)]),
+    ("`OCINumberToInt`", "to_int", [("snprintf", "integer_snprintf", 0.5)]),
+] + [
+    (f"`OCINumber{name}`", ours, [("`OCINumberAssign`", "assign", 4)])
+    for name, ours in [("Abs", "abs_value"), ("Neg", "neg"), ("Shift", "shift"), ("Inc", "inc"),
+                       ("Dec", "dec"), ("Prec", "prec"), ("Round", "round_places"),
+                       ("Trunc", "trunc_places")]
+]
+TEXT = [
+    ("`OCINumberToText`, TM9", "to_text_tm9", [("cpp_dec_float<40>", "to_text_boost", 0.5)]),
+    ("`OCINumberToText`, 20 positions", "to_text_model",
+     [("cpp_dec_float<40>", "to_text_boost_fixed", 0.5)]),
+    ("`OCINumberFromText`", "from_text", [("cpp_dec_float<40>", "from_text_boost", 0.5)]),
+] + [
+    (f"`OCINumberToReal`, {n} digits", f"to_real/{n}", [("strtod", f"to_real_strtod/{n}", 1)])
+    for n in (6, 15, 38)
+] + [
+    (f"`OCINumberFromReal`, up to 1E{n}", f"from_real/{n}",
+     [("snprintf %.15g", f"from_real_snprintf/{n}", 1)])
+    for n in (0, 20, 100)
+]
+BOOST_TARGETS = {"Add": 1, "Sub": 1, "Mul": 1, "Div": 0.3, "Sqrt": 0.25}
+COMPARED = {"Mod", "Ceil", "Floor", "IntPower", "Log"}
+
+
+def calculations(names):
+    rows = []
+    for name in names:
+        elementary = name not in BOOST_TARGETS and name not in COMPARED
+        for digits in (40, 12):
+            key = f"{name}/{digits}/"
+            peers = [("Boost", key + "boost", BOOST_TARGETS.get(name)),
+                     ("MPFR", key + "mpfr", 0.3 if elementary else None),
+                     ("Arb", key + "arb", 1 if elementary else None)]
+            rows.append((f"`OCINumber{name}`, {digits} digits", key + "oci", peers))
+    return rows
+
+
+def run(program):
+    """Median times in ns by benchmark name."""
+    with tempfile.NamedTemporaryFile(suffix=".json") as out:
+        subprocess.run([BUILD / "bench" / program, f"--benchmark_out={out.name}",
+                        "--benchmark_out_format=json", "--benchmark_repetitions=5",
+                        "--benchmark_min_time=0.05",
+                        "--benchmark_enable_random_interleaving=true",
+                        "--benchmark_report_aggregates_only=true"],
+                       check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        results = json.load(open(out.name))["benchmarks"]
+    return {r["run_name"]: r["cpu_time"] for r in results if r["aggregate_name"] == "median"}
+
+
+def table(rows, times):
+    lines = ["| function | ns | peer | ns | ratio | aim | met |", "|---|---:|---|---:|---:|---:|---|"]
+    for title, ours, peers in rows:
+        if ours not in times:
+            continue
+        for label, name, aim in peers:
+            if name not in times:
+                continue
+            ratio = times[ours] / times[name]
+            met = "" if aim is None else "yes" if ratio <= aim else "no"
+            lines.append(f"| {title} | {times[ours]:.1f} | {label} | {times[name]:.1f} | {ratio:.2f} "
+                         f"| {'' if aim is None else f'{aim:g}'} | {met} |")
+    return "\n".join(lines)
+
+
+def counts():
+    """Instructions, stack and heap of a call."""
+    program = BUILD / "bench" / "bench_count"
+    lines = ["| function | instructions | stack, bytes | allocations |", "|---|---:|---:|---:|"]
+
+    def output(*arguments):
+        return subprocess.run([program, *arguments], check=True, capture_output=True,
+                              text=True).stdout.strip()
+
+    for name in output("--list").split():
+        done = subprocess.run(["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null",
+                               f"--toggle-collect=OCINumber{name}", program, name],
+                              check=True, capture_output=True, text=True)
+        collected = int(re.search(r"Collected : (\d+)", done.stderr).group(1))
+        lines.append(f"| `OCINumber{name}` | {collected // 1024} | {output('--stack', name)} "
+                     f"| {output('--heap', name)} |")
+    return "\n".join(lines)
+
+
+def plot(times):
+    import matplotlib
+    matplotlib.use("Agg")
+    matplotlib.rcParams["svg.hashsalt"] = "benchmarks"
+    from matplotlib import pyplot
+
+    names = [n.split("/")[0] for n in times if n.endswith("/40/oci")]
+    figure, axes = pyplot.subplots(figsize=(9, 8))
+    for offset, (peer, colour) in enumerate([("boost", "#8888cc"), ("mpfr", "#cc8844"),
+                                             ("arb", "#449966")]):
+        ratios = [times[f"{n}/40/oci"] / times[f"{n}/40/{peer}"] for n in names]
+        axes.barh([i + 0.25 * offset for i in range(len(names))], ratios, 0.25,
+                  label=f"time against {peer}", color=colour)
+    axes.axvline(1, color="black", linewidth=0.8)
+    axes.set_xscale("log")
+    axes.set_yticks([i + 0.25 for i in range(len(names))], names)
+    axes.invert_yaxis()
+    axes.set_xlabel("time of the exported call / time of the peer's bare operation, 40 digits")
+    axes.legend()
+    figure.tight_layout()
+    figure.savefig(ROOT / "docs/benchmarks.svg", metadata={"Date": None})
+
+
+def main():
+    page = ROOT / "docs/benchmarks.md"
+    text = page.read_text()
+
+    def put(marker, content):
+        nonlocal text
+        pattern = re.compile(f"(<!-- {marker} -->\n).*?(\n<!-- end -->)", re.S)
+        assert pattern.search(text), marker
+        text = pattern.sub(lambda m: m.group(1) + content + m.group(2), text)
+
+    put("base", table(BASE, run("bench_base")))
+    put("text", table(TEXT, run("bench_text")))
+    times = run("bench_calc")
+    names = list(dict.fromkeys(n.split("/")[0] for n in times))
+    put("calculations", table(calculations(names), times))
+    plot(times)
+    put("counts", counts())
+    page.write_text(text)
+
+
+if __name__ == "__main__":
+    main()

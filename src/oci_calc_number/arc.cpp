@@ -1,0 +1,266 @@
+// Arc sine, arc cosine, arc tangent of one and of two operands.
+#include "oci_calc_number/engine.h"
+#include "oci_calc_number/kernels.h"
+#include "oci_calc_number/rounding.h"
+
+namespace calc {
+namespace {
+
+// Turns the point (x, y), 0 <= y/x < 2^(8 - Shift), by the table's largest angle
+// atan(i/2^Shift) below its own, which leaves y/x < 2^-Shift (1 + 2^-40), and adds that
+// angle to the sum. Errors: 1 ulp in each of x, y and the sum. Returns whether it turned.
+template <int N, int Shift>
+bool turn(u64 *y, u64 *x, u64 *sum, const Limbs<N> *level) {
+    const u64 i = y[N - 1] / ((x[N - 1] >> Shift) + 1);
+    if (i == 0) return false;
+    Limbs<N> dx, dy;
+    mul_fraction_1<N>(dx, y, i << (64 - Shift));
+    mul_fraction_1<N>(dy, x, i << (64 - Shift));
+    add<N>(x, x, dx);
+    sub<N>(y, y, dy);
+    add<N>(sum, sum, level[i]);
+    return true;
+}
+
+// atan(y/x) for 0 < y <= x: three turns, then u - u^3/3 + u^5/5 - ... with u = y/x below
+// 2^-24. Errors in ulps, with x in [1/16, 1/4] and 4 in each of x and y: 2^6 in u, 3 in the
+// tables, 8 in the series; all in a sum of 2^-24 or more, so below 2^-atan_bits. Without
+// any turn, u and the result have full relative precision.
+void atan_below_1(Fast &r, const Fast &y, const Fast &x) {
+    constexpr int N = fast_limbs;
+    Limbs<N> num, den, sum = {};
+    shift_right<N>(den, x.m, 3);
+    shift_right_any<N>(num, y.m, x.exp - y.exp + 3);
+    // The first level's i is y/x in units of 2^-8, where y = x gives 2^8 - 1 or 2^8.
+    bool turned = turn<N, 8>(num, den, sum, atan_level_1);
+    turned |= turn<N, 16>(num, den, sum, atan_level_2);
+    turned |= turn<N, 24>(num, den, sum, atan_level_3);
+
+    Fast u, cubic;
+    if (turned) {
+        Fast a, b;
+        set_fraction<N>(a, num, 0, false);
+        set_fraction<N>(b, den, 0, false);
+        div(u, a, b);
+    } else {
+        div(u, y, x);
+    }
+    u.negative = false;
+    Limbs<N> t, square, p;
+    to_fraction<N>(t, u);
+    mul_high<N>(square, t, t);
+    horner<N, 47, true, 4>(p, square, atan_coefficient);
+    mul_high<N>(p, p, square);
+    if (turned) {
+        mul_high<N>(p, p, t);
+        sub<N>(t, t, p);
+        add<N>(sum, sum, t);
+        set_fraction<N>(r, sum, 0, false);
+    } else {
+        set_fraction<N>(cubic, p, 0, false);
+        mul(cubic, cubic, u);
+        sub(r, u, cubic);
+    }
+}
+
+}  // namespace
+
+void atan_quotient(Fast &r, const Fast &y, const Fast &x) {
+    if (compare_magnitude(y, x) <= 0) return atan_below_1(r, y, x);
+    Fast t, half_pi;
+    atan_below_1(t, x, y);
+    set_constant(half_pi, quarter_pi, wide_limbs, 1);
+    sub(r, half_pi, t);
+}
+
+// With t from the fast kernel, the angle between the point and that of t has the tangent
+// u = (y cos t - x sin t) / (x cos t + y sin t) below 2^-230 t, and its series ends after
+// u^3/3: u^5 < 2^-1150 t. The differences cancel all but 2^-230 t of the terms: 2^-770 of
+// u, or 2^-1000 of t, remain.
+void atan_quotient(Wide &r, const Wide &y, const Wide &x) {
+    const bool swap = compare_magnitude(y, x) > 0;
+    const Wide &num = swap ? x : y, &den = swap ? y : x;
+    Fast t, a, b;
+    set_width(a, num);
+    set_width(b, den);
+    a.negative = b.negative = false;
+    atan_below_1(t, a, b);
+    Wide wide_t, s, c, n, d, p;
+    set_width(wide_t, t);
+    sin_cos_radians(s, c, wide_t);
+    Wide num_1 = num, den_1 = den;
+    num_1.negative = den_1.negative = false;
+    mul(n, num_1, c);
+    mul(p, den_1, s);
+    sub(n, n, p);
+    mul(d, den_1, c);
+    mul(p, num_1, s);
+    add(d, d, p);
+    div(n, n, d);
+    mul(p, n, n);
+    mul(p, p, n);
+    div_1(p, p, 3);
+    sub(n, n, p);
+    add(r, wide_t, n);
+    if (swap) {
+        Wide half_pi;
+        set_constant(half_pi, quarter_pi, wide_limbs, 1);
+        sub(r, half_pi, r);
+    }
+}
+
+namespace {
+
+// A multiple of pi/4, for the axes and diagonals: none is next to a tie.
+sword round_pi(QZCICalcNumber &result, u64 quarters, bool negative) {
+    Fast pi, factor;
+    set_constant(pi, quarter_pi, wide_limbs, 0);
+    set_int(factor, quarters);
+    mul(pi, pi, factor);
+    pi.negative = negative;
+    round_to_record(result, pi, real_bits<fast_limbs>, Undecided::nearest);
+    return OCI_SUCCESS;
+}
+
+// The angle of the point (x, y), x and y not zero, to the error of 2^-bits.
+template <int N>
+void angle_of(Real<N> &r, const Real<N> &y, const Real<N> &x) {
+    Real<N> pi, y1 = y, x1 = x;
+    y1.negative = x1.negative = false;
+    atan_quotient(r, y1, x1);
+    if (x.negative) {
+        set_constant(pi, quarter_pi, wide_limbs, 2);
+        sub(r, pi, r);
+    }
+    r.negative = y.negative;
+}
+
+// 1 - x^2 = (1 - |x|)(1 + |x|), the factors exact in decimal: |x| <= 1.
+template <int N>
+void cosine_side(Real<N> &r, const Decimal &x) {
+    Decimal magnitude = x, distance;
+    magnitude.negative = false;
+    Real<N> a, one;
+    to_real(a, magnitude);
+    set_int(one, 1);
+    Real<N> sum;
+    add(sum, one, a);
+    if (distance_to_one(distance, magnitude))
+        to_real(r, distance);
+    else
+        sub(r, one, a);  // |x| has digits below 10^-48, so none above 10^-8
+    r.negative = false;
+    mul(r, r, sum);
+    sqrt(r, r);
+}
+
+enum class Arc { sine, cosine };
+
+template <int N>
+void evaluate(Real<N> &r, Arc function, const Decimal &x) {
+    Real<N> side, a;
+    cosine_side(side, x);
+    to_real(a, x);
+    if (function == Arc::sine)
+        angle_of(r, a, side);
+    else
+        angle_of(r, side, a);
+}
+
+// sqrt's error counts as it is, the rest twice at most.
+constexpr int arc_bits = sqrt_bits<fast_limbs> - 2;
+constexpr int arc_wide_bits = sqrt_bits<wide_limbs> - 2;
+
+sword compute(QZCICalcNumber &result, Arc function, const QZCICalcNumber &operand) {
+    if (is_infinite(operand)) return OCI_ERROR;
+    if (operand.is_zero || operand.start_pos < -3) {
+        // asin x = x (1 + x^2/6 ...), acos x = pi/2 - x: for |x| < 10^-24 the sine is
+        // less than 10^-47 from the operand.
+        if (function == Arc::sine) {
+            copy(result, operand);
+            return OCI_SUCCESS;
+        }
+        if (operand.is_zero) return round_pi(result, 2, false);
+    }
+    Decimal x;
+    if (!read(x, operand)) return OCI_ERROR;
+    if (operand.start_pos >= 0) {
+        if (operand.start_pos > 0 || limb_count(operand) > 1 || operand.data_part[0] != 1)
+            return OCI_ERROR;
+        if (function == Arc::sine) return round_pi(result, 2, x.negative);
+        if (x.negative) return round_pi(result, 4, false);
+        set_zero(result);
+        return OCI_SUCCESS;
+    }
+    Fast fast;
+    evaluate(fast, function, x);
+    if (round_to_record(result, fast, arc_bits)) return OCI_SUCCESS;
+    Wide wide;
+    evaluate(wide, function, x);
+    round_to_record(result, wide, arc_wide_bits, Undecided::nearest);
+    return OCI_SUCCESS;
+}
+
+// y/x, x > 0, for a quotient q below 2^-170 < 10^-50: atan q = q (1 - q^2/3 ...). q differs
+// from a tie t by a multiple of 1/x's last unit: |y - t x| >= 1 in integers of 40 and 81
+// digits, so by 10^-82 of q at least, unless it is that tie. Real<8> shows which; then q^2/3
+// < 2^-340 only says that a tie is not reached.
+sword tiny_angle(QZCICalcNumber &result, const Decimal &y, const Decimal &x) {
+    Real<8> a, b;
+    to_real(a, y);
+    to_real(b, x);
+    div(a, a, b);
+    round_to_record(result, a, 330, Undecided::toward_zero);
+    return OCI_SUCCESS;
+}
+
+sword infinite_atan2(QZCICalcNumber &result, const QZCICalcNumber &y, const QZCICalcNumber &x) {
+    const bool negative = is_negative(y), left = is_negative(x);
+    if (is_infinite(y)) return round_pi(result, is_infinite(x) ? (left ? 3 : 1) : 2, negative);
+    if (left) return round_pi(result, 4, negative);
+    set_zero(result);
+    return OCI_SUCCESS;
+}
+
+}  // namespace
+}  // namespace calc
+
+using namespace calc;
+
+sword QZCICalcNumAsin(const QZCICalcNumber *operand, QZCICalcNumber *result) {
+    return compute(*result, Arc::sine, *operand);
+}
+
+sword QZCICalcNumAcos(const QZCICalcNumber *operand, QZCICalcNumber *result) {
+    return compute(*result, Arc::cosine, *operand);
+}
+
+sword QZCICalcNumAtan(const QZCICalcNumber *operand, QZCICalcNumber *result) {
+    QZCICalcNumber one;
+    set_small(one, false, 1);
+    return QZCICalcNumAtan2(operand, &one, result);
+}
+
+sword QZCICalcNumAtan2(const QZCICalcNumber *y, const QZCICalcNumber *x, QZCICalcNumber *result) {
+    if (is_infinite(*y) || is_infinite(*x)) return infinite_atan2(*result, *y, *x);
+    if (y->is_zero) {
+        if (!x->is_zero && is_negative(*x)) return round_pi(*result, 4, false);
+        set_zero(*result);
+        return OCI_SUCCESS;
+    }
+    if (x->is_zero) return round_pi(*result, 2, is_negative(*y));
+    Decimal dy, dx;
+    if (!read(dy, *y) || !read(dx, *x)) return OCI_ERROR;
+    Fast fy, fx, fast;
+    to_real(fy, dy);
+    to_real(fx, dx);
+    if (!dx.negative && fy.exp - fx.exp < -171) return tiny_angle(*result, dy, dx);
+    angle_of(fast, fy, fx);
+    if (round_to_record(*result, fast, atan_bits)) return OCI_SUCCESS;
+    Wide wy, wx, wide;
+    to_real(wy, dy);
+    to_real(wx, dx);
+    angle_of(wide, wy, wx);
+    round_to_record(*result, wide, atan_wide_bits, Undecided::nearest);
+    return OCI_SUCCESS;
+}

@@ -1,0 +1,136 @@
+#include "oci_calc_number/rounding.h"
+
+#include "oci_calc_number/decimal.h"
+
+namespace calc {
+namespace {
+
+constexpr u64 power_of_100[] = {1, 100, 10000, 1000000, 100000000};
+
+// v = (top + fraction / 2^(64N)) * 10^(8 pos) with 1 <= top < 10^8, within a relative
+// error of 2^-scale_bits<N>: the power of ten is cut off by 1 ulp, the product by N + 1
+// ulps at a mantissa of 1/4 or more.
+template <int N>
+inline constexpr int scale_bits = 64 * N - 7;
+
+template <int N>
+struct Scaled {
+    Limbs<N> fraction;
+    ub4 top;
+    int pos;
+};
+
+// v.exp lies within the range checked by round_to_record.
+template <int N>
+void scale(Scaled<N> &s, const Real<N> &v) {
+    // 78913 / 2^18 is log10(2): the position of 2^(exp - 1), or one off it.
+    s.pos = (v.exp - 1) * 78913 >> 21;
+    for (;;) {
+        Limbs<N> product;
+        mul_high<N>(product, v.m, power_mantissa[-s.pos - min_power] + 16 - N);
+        const int exp = v.exp + power_exp(-s.pos);  // 0 to 28 and a little
+        if (exp > 0 && exp < 32) {
+            s.top = static_cast<ub4>(product[N - 1] >> (64 - exp));
+            if (s.top >= 1 && s.top < limb_base) {
+                shift_left<N>(s.fraction, product, exp);
+                return;
+            }
+        } else {
+            s.top = 0;
+        }
+        s.pos += s.top == 0 ? -1 : 1;
+    }
+}
+
+void put_pair(ub4 *limb, u64 pair) {
+    limb[1] = static_cast<ub4>(pair / limb_base);
+    limb[0] = static_cast<ub4>(pair % limb_base);
+}
+
+// Exponents beyond which every result is an infinity or zero: 2^440 > 10^132,
+// 2^-440 < 10^-132.
+constexpr int exp_limit = 440;
+
+bool out_of_range(QZCICalcNumber &result, int exp, bool negative) {
+    if (exp > exp_limit)
+        set_infinity(result, negative);
+    else if (exp < -exp_limit)
+        set_zero(result);
+    else
+        return false;
+    return true;
+}
+
+}  // namespace
+
+template <int N>
+bool round_to_record(QZCICalcNumber &result, const Real<N> &v, int bits, Undecided undecided) {
+    if (out_of_range(result, v.exp, v.negative)) return true;
+    Scaled<N> s;
+    scale(s, v);
+    // The top limb's base-100 digits, and the units of the last of 20 digits.
+    const int top_digits = s.top < 100 ? 1 : s.top < 10000 ? 2 : s.top < 1000000 ? 3 : 4;
+    const u64 last_base = power_of_100[4 - top_digits];
+    u64 *const f = s.fraction;
+    u64 pair1 = mul_1<N>(f, f, limb_base_2);
+    u64 pair2 = mul_1<N>(f, f, limb_base_2);
+    u64 last = mul_1<N>(f, f, last_base);
+
+    // f is what follows the last digit, v below 10^40 < 2^133 units of that digit. So
+    // the error of f is below 2^-certain.
+    const int certain = (bits < scale_bits<N> ? bits : scale_bits<N>)-1 - 133;
+    bool up = f[N - 1] >> 63 != 0;
+    // The distance to one half, at most an ulp too small, against the error.
+    Limbs<N> distance;
+    const u64 mask = up ? 0 : ~u64{0};
+    for (int i = 0; i < N; ++i) distance[i] = f[i] ^ mask;
+    distance[N - 1] ^= u64{1} << 63;
+    int zeros = 0, i = N - 1;
+    while (i > 0 && distance[i] == 0) --i, zeros += 64;
+    zeros += leading_zeros(distance[i]);
+    if (zeros >= certain - 1) {
+        if (undecided == Undecided::retry) return false;
+        if (undecided != Undecided::nearest) up = undecided == Undecided::away_from_zero;
+    }
+
+    if (up && ++last == last_base) {
+        last = 0;
+        if (++pair2 == limb_base_2) {
+            pair2 = 0;
+            if (++pair1 == limb_base_2) {
+                pair1 = 0;
+                if (++s.top == limb_base) {
+                    s.top = 1;
+                    ++s.pos;
+                }
+            }
+        }
+    }
+    ub4 *const limb = result.data_part;
+    limb[0] = static_cast<ub4>(last * power_of_100[top_digits]);
+    put_pair(limb + 1, pair2);
+    put_pair(limb + 3, pair1);
+    limb[5] = s.top;
+    set_trimmed(result, v.negative, s.pos - 5, 6);
+    clamp_to_range(result);
+    return true;
+}
+
+template <int N>
+void truncate_to_record(QZCICalcNumber &result, const Real<N> &v, int count) {
+    Scaled<N> s;
+    scale(s, v);
+    result.data_part[count - 1] = s.top;
+    int i = count - 1;
+    for (; i >= 2; i -= 2)
+        put_pair(result.data_part + i - 2, mul_1<N>(s.fraction, s.fraction, limb_base_2));
+    if (i == 1) result.data_part[0] = static_cast<ub4>(mul_1<N>(s.fraction, s.fraction, limb_base));
+    set_trimmed(result, v.negative, s.pos - count + 1, count);
+}
+
+template bool round_to_record<4>(QZCICalcNumber &, const Real<4> &, int, Undecided);
+template bool round_to_record<8>(QZCICalcNumber &, const Real<8> &, int, Undecided);
+template bool round_to_record<16>(QZCICalcNumber &, const Real<16> &, int, Undecided);
+template void truncate_to_record<8>(QZCICalcNumber &, const Real<8> &, int);
+
+}  // namespace calc

@@ -1,0 +1,25 @@
+// The one rounding test: from a binary value with an error bound to the record of the
+// value rounded to 20 base-100 digits.
+#pragma once
+
+#include "oci_calc_number/engine.h"
+#include "oci_calc_number/real.h"
+
+namespace calc {
+
+// What to do when a value lies so close to the middle between two neighbours that its
+// error leaves the choice open.
+enum class Undecided { retry, nearest, toward_zero, away_from_zero };
+
+// Rounds v, whose relative error is below 2^-bits, half away from zero into `result`
+// and applies the range rule. Returns false, with nothing of use in `result`, when
+// `undecided` is retry and the error leaves the choice open. v is not zero.
+template <int N>
+bool round_to_record(QZCICalcNumber &result, const Real<N> &v, int bits,
+                     Undecided undecided = Undecided::retry);
+
+// Writes `count` limbs (from the top one down, at most 38) of v, cut off.
+template <int N>
+void truncate_to_record(QZCICalcNumber &result, const Real<N> &v, int count);
+
+}  // namespace calc

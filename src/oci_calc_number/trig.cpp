@@ -1,0 +1,165 @@
+// Sine, cosine and tangent.
+#include "oci_calc_number/engine.h"
+#include "oci_calc_number/kernels.h"
+#include "oci_calc_number/rounding.h"
+
+namespace calc {
+
+// |x| = m * 10^(8 pos): the fraction of m * turns, where turns is the fraction of
+// 10^(8 pos) / (2 pi), whole turns dropped [Payne, Hanek: Radian reduction for
+// trigonometric functions, 1983]. turns is cut off by 1 unit of limb N + 3, which
+// m < 2^160 makes less than 2^-32 ulps; cutting the fraction of a quadrant off to N limbs
+// adds 1 ulp.
+template <int N>
+void reduce(Angle<N> &angle, const Decimal &x) {
+    constexpr int W = N + 3;
+    const u64 *const t = turns[x.pos - min_turns] + 20 - W;
+    Limbs<W> fraction;
+    mul_1<W>(fraction, t, x.m[0]);
+    add_mul_1<W - 1>(fraction + 1, t, x.m[1]);
+    add_mul_1<W - 2>(fraction + 2, t, x.m[2]);
+    angle.quadrant = static_cast<unsigned>(fraction[W - 1] >> 62);
+    shift_left<W>(fraction, fraction, 2);
+    copy<N>(angle.f, fraction + 3);
+}
+
+template void reduce<fast_limbs>(Angle<fast_limbs> &, const Decimal &);
+template void reduce<wide_limbs>(Angle<wide_limbs> &, const Decimal &);
+
+// f = i/2^9 + t: sin(a + d) = sin a - sin a (1 - cos d) + cos a sin d and its like, with
+// a = pi/2 i/2^9 from the table and Taylor's series in t^2 for sin d and 1 - cos d,
+// d = pi/2 t < 2^-8. Above pi/4, sine and cosine change places. Errors in ulps of half the
+// result: table 1, products 5 + 5, series below 2^-8 (8 + 10): 12; 2^6 with f's.
+void sin_cos(Fast *s, Fast *c, const Angle<fast_limbs> &angle) {
+    constexpr int N = fast_limbs;
+    Limbs<N> t;
+    copy<N>(t, angle.f);
+    const bool swap = t[N - 1] >> 63 != 0;
+    if (swap) negate<N>(t);  // 1 - f
+    const u64 *const entry = sin_cos_half[t[N - 1] >> 55];
+    const u64 *const sin_a = entry, *const cos_a = entry + N;
+    t[N - 1] &= (u64{1} << 55) - 1;
+
+    Limbs<N> square, sin_d, vers_d;
+    mul_high<N>(square, t, t);
+    horner<N, 18, true, 10>(sin_d, square, sine_coefficient);
+    mul_high<N>(sin_d, sin_d, t);
+    shift_left<N>(sin_d, sin_d, 1);
+    horner<N, 18, true, 10>(vers_d, square, versine_coefficient);
+    mul_high<N>(vers_d, vers_d, square);
+    shift_left<N>(vers_d, vers_d, 1);
+
+    Limbs<N> sum, p;
+    if (Fast *const sine = swap ? c : s) {
+        mul_high<N>(p, sin_a, vers_d);
+        sub<N>(sum, sin_a, p);
+        mul_high<N>(p, cos_a, sin_d);
+        add<N>(sum, sum, p);
+        set_fraction<N>(*sine, sum, 1, false);
+    }
+    if (Fast *const cosine = swap ? s : c) {
+        mul_high<N>(p, cos_a, vers_d);
+        sub<N>(sum, cos_a, p);
+        mul_high<N>(p, sin_a, sin_d);
+        sub<N>(sum, sum, p);
+        set_fraction<N>(*cosine, sum, 1, false);
+    }
+}
+
+void sin_cos(Wide *s, Wide *c, const Angle<wide_limbs> &angle) {
+    Limbs<wide_limbs> f;
+    copy<wide_limbs>(f, angle.f);
+    const bool swap = f[wide_limbs - 1] >> 63 != 0;
+    if (swap) negate<wide_limbs>(f);  // 1 - f
+    Wide r, half_pi;
+    set_fraction<wide_limbs>(r, f, 0, false);
+    set_constant(half_pi, quarter_pi, wide_limbs, 1);
+    mul(r, r, half_pi);
+    Wide sine, cosine;
+    sin_cos_radians(sine, cosine, r);
+    if (s != nullptr) *s = swap ? cosine : sine;
+    if (c != nullptr) *c = swap ? sine : cosine;
+}
+
+// Taylor's series: some 170 terms of 3 operations each.
+void sin_cos_radians(Wide &s, Wide &c, const Wide &r) {
+    Wide term;
+    set_int(term, 1);
+    c = term;
+    set_zero(s);
+    for (u64 n = 1; n < 256; ++n) {
+        mul(term, term, r);
+        div_1(term, term, n);
+        if (is_zero(term) || term.exp < r.exp - 64 * wide_limbs) break;
+        Wide &sum = n % 2 != 0 ? s : c;
+        add(sum, sum, term, n % 4 >= 2);
+    }
+}
+
+namespace {
+
+enum class Trig { sine, cosine, tangent };
+
+// The function's value with its sign, and the bits of its relative error.
+template <int N>
+int evaluate(Real<N> &r, Trig function, const Decimal &x) {
+    Angle<N> angle;
+    reduce(angle, x);
+    const unsigned q = angle.quadrant;
+    Real<N> sine, cosine;
+    Real<N> *const s = function == Trig::cosine ? nullptr : &sine;
+    Real<N> *const c = function == Trig::sine ? nullptr : &cosine;
+    // sin(a + pi/2) = cos a, cos(a + pi/2) = -sin a
+    sin_cos(q % 2 != 0 ? c : s, q % 2 != 0 ? s : c, angle);
+    sine.negative = (q >= 2) != x.negative;
+    cosine.negative = q == 1 || q == 2;
+    // Absolute errors become relative ones by the values' leading zeros.
+    const auto bits = [](const Real<N> &v) { return sin_cos_bits<N> + v.exp - 1; };
+    if (function != Trig::tangent) {
+        r = function == Trig::sine ? sine : cosine;
+        return bits(r);
+    }
+    if (is_zero(cosine)) {
+        r = cosine;
+        return 0;
+    }
+    div(r, sine, cosine);
+    return (sine.exp < cosine.exp ? bits(sine) : bits(cosine)) - 2;
+}
+
+sword compute(QZCICalcNumber &result, Trig function, const QZCICalcNumber &operand) {
+    if (is_infinite(operand)) return OCI_ERROR;
+    // sin x = x (1 - x^2/6 ...), tan x = x (1 + x^2/3 ...), cos x = 1 - x^2/2 ...: less
+    // than 10^-47 from a number of 40 digits, for |x| < 10^-24.
+    if (operand.is_zero || operand.start_pos < -3) {
+        if (function == Trig::cosine)
+            set_small(result, false, 1);
+        else
+            copy(result, operand);
+        return OCI_SUCCESS;
+    }
+    Decimal x;
+    if (!read(x, operand)) return OCI_ERROR;
+    Fast fast;
+    const int bits = evaluate(fast, function, x);
+    if (!is_zero(fast) && round_to_record(result, fast, bits)) return OCI_SUCCESS;
+    Wide wide;
+    const int wide_bits = evaluate(wide, function, x);
+    round_to_record(result, wide, wide_bits, Undecided::nearest);
+    return OCI_SUCCESS;
+}
+
+}  // namespace
+}  // namespace calc
+
+sword QZCICalcNumSinWithRound(const QZCICalcNumber *operand, QZCICalcNumber *result) {
+    return calc::compute(*result, calc::Trig::sine, *operand);
+}
+
+sword QZCICalcNumCosWithRound(const QZCICalcNumber *operand, QZCICalcNumber *result) {
+    return calc::compute(*result, calc::Trig::cosine, *operand);
+}
+
+sword QZCICalcNumTanWithRound(const QZCICalcNumber *operand, QZCICalcNumber *result) {
+    return calc::compute(*result, calc::Trig::tangent, *operand);
+}

@@ -1,0 +1,217 @@
+// The kernels against MPFR: every error stays below the bound that the rounding test is
+// told, in the fast and in the wide pass. The operands of the wide pass are those that no
+// random search finds hard enough to get there.
+#include "oci_calc_number/kernels.h"
+
+#include <gtest/gtest.h>
+#include <mpfr.h>
+
+#include <cmath>
+#include <random>
+
+#include "oracle.h"
+
+namespace {
+
+using calc::Decimal;
+using calc::Fast;
+using calc::Real;
+using calc::Wide;
+
+constexpr mpfr_prec_t prec = 2400;
+
+class Value {
+public:
+    Value() { mpfr_init2(v, prec); }
+    explicit Value(const std::string &text) : Value() {
+        mpfr_set_str(v, text.c_str(), 10, MPFR_RNDN);
+    }
+    template <int N>
+    explicit Value(const Real<N> &r) : Value() {
+        mpfr_set_zero(v, 1);
+        for (int i = 0; i < N; ++i) {
+            mpfr_add_ui(v, v, r.m[i], MPFR_RNDN);
+            mpfr_div_2ui(v, v, 64, MPFR_RNDN);
+        }
+        mpfr_mul_2si(v, v, r.exp, MPFR_RNDN);
+        if (r.negative) mpfr_neg(v, v, MPFR_RNDN);
+    }
+    ~Value() { mpfr_clear(v); }
+    Value(const Value &) = delete;
+    Value &operator=(const Value &) = delete;
+    mpfr_t v;
+};
+
+// -log2 of the relative error, or of the absolute one.
+long bits(const Value &got, const Value &want, bool relative = true) {
+    Value d;
+    mpfr_sub(d.v, got.v, want.v, MPFR_RNDN);
+    if (mpfr_zero_p(d.v)) return prec;
+    return (relative ? mpfr_get_exp(want.v) - 1 : 0) - mpfr_get_exp(d.v);
+}
+
+struct Operand {
+    explicit Operand(const std::string &s) : text(s), exact(s) {
+        EXPECT_TRUE(calc::read(decimal, oracle::record(s))) << s;
+    }
+    template <int N>
+    Real<N> real() const {
+        Real<N> r;
+        calc::to_real(r, decimal);
+        return r;
+    }
+    std::string text;
+    Value exact;
+    Decimal decimal;
+};
+
+class Kernels : public testing::Test {
+protected:
+    std::string random_text(int low_exp, int high_exp) {
+        const int count = std::uniform_int_distribution<int>(1, 39)(random);
+        std::string s = std::to_string(std::uniform_int_distribution<int>(1, 9)(random));
+        for (int i = 1; i < count; ++i) s += static_cast<char>('0' + random() % 10);
+        return s + "e" +
+               std::to_string(std::uniform_int_distribution<int>(low_exp, high_exp)(random) -
+                              count + 1);
+    }
+    std::mt19937_64 random{1};
+};
+
+constexpr int rounds = 300;
+
+TEST_F(Kernels, ArithmeticAndConversion) {
+    for (int i = 0; i < rounds; ++i) {
+        const Operand a(random_text(-30, 30)), b(random_text(-30, 30));
+        const auto check = [&]<int N>(Real<N> r) {
+            SCOPED_TRACE(a.text + " " + b.text);
+            Value want;
+            const Real<N> x = a.real<N>(), y = b.real<N>();
+            EXPECT_GE(bits(Value(x), a.exact), calc::real_bits<N>);
+            const Value vx(x), vy(y);
+            calc::mul(r, x, y);
+            mpfr_mul(want.v, vx.v, vy.v, MPFR_RNDN);
+            EXPECT_GE(bits(Value(r), want), calc::real_bits<N>);
+            calc::div(r, x, y);
+            mpfr_div(want.v, vx.v, vy.v, MPFR_RNDN);
+            EXPECT_GE(bits(Value(r), want), calc::real_bits<N>);
+            calc::add(r, x, y);
+            mpfr_add(want.v, vx.v, vy.v, MPFR_RNDN);
+            EXPECT_GE(bits(Value(r), want), calc::real_bits<N>);
+            calc::div_1(r, x, 12345678901234567ul);
+            mpfr_div_ui(want.v, vx.v, 12345678901234567ul, MPFR_RNDN);
+            EXPECT_GE(bits(Value(r), want), calc::real_bits<N>);
+            calc::sqrt(r, x);
+            mpfr_sqrt(want.v, vx.v, MPFR_RNDN);
+            EXPECT_GE(bits(Value(r), want), calc::sqrt_bits<N>);
+        };
+        check(Fast());
+        check(Real<8>());
+        check(Wide());
+    }
+}
+
+// Quotients whose digits meet the rare corrections of the division.
+TEST_F(Kernels, DivisionCorrections) {
+    for (int i = 0; i < 20000; ++i) {
+        Fast a, b, q;
+        for (Fast *x : {&a, &b}) {
+            for (ub8 &limb : x->m) {
+                const ub8 pick[] = {0, 1, ~ub8{0}, ub8{1} << 63, random()};
+                limb = pick[random() % 5];
+            }
+            x->m[3] |= ub8{1} << 63;
+            x->exp = 0;
+            x->negative = false;
+        }
+        calc::div(q, a, b);
+        Value want;
+        mpfr_div(want.v, Value(a).v, Value(b).v, MPFR_RNDN);
+        ASSERT_GE(bits(Value(q), want), calc::real_bits<4>) << i;
+    }
+}
+
+TEST_F(Kernels, Exponential) {
+    for (int i = 0; i < rounds; ++i) {
+        const Operand x((i % 2 ? "-" : "") + (i % 3 ? random_text(-40, 1) : random_text(2, 2)));
+        SCOPED_TRACE(x.text);
+        Value want;
+        mpfr_exp(want.v, x.exact.v, MPFR_RNDN);
+        if (x.real<4>().exp > 9) continue;
+        Fast fast;
+        calc::exp(fast, x.real<4>());
+        EXPECT_GE(bits(Value(fast), want), calc::exp_bits);
+        Wide wide;
+        calc::exp(wide, x.real<16>());
+        EXPECT_GE(bits(Value(wide), want), calc::exp_wide_bits);
+    }
+}
+
+TEST_F(Kernels, Logarithm) {
+    for (int i = 0; i < rounds; ++i) {
+        std::string text = random_text(-128, 125);
+        const int digits = static_cast<int>(random() % 38) + 1;
+        if (i % 3 == 1)
+            text = "1" + std::string(static_cast<size_t>(digits - 1), '0') +
+                   std::to_string(1 + random() % 9) + "e-" + std::to_string(digits);
+        if (i % 3 == 2)
+            text = std::string(static_cast<size_t>(digits), '9') +
+                   std::to_string(1 + random() % 9) + "e-" + std::to_string(digits + 1);
+        const Operand x(text);
+        SCOPED_TRACE(text);
+        Value want;
+        mpfr_log(want.v, x.exact.v, MPFR_RNDN);
+        Fast fast;
+        calc::ln(fast, x.decimal);
+        EXPECT_GE(bits(Value(fast), want), calc::ln_bits<4>);
+        Real<8> middle;
+        calc::ln(middle, x.decimal);
+        EXPECT_GE(bits(Value(middle), want), calc::ln_bits<8>);
+        Wide wide;
+        calc::ln(wide, x.decimal);
+        EXPECT_GE(bits(Value(wide), want), calc::ln_wide_bits);
+    }
+}
+
+TEST_F(Kernels, SineAndCosine) {
+    Value half_pi;
+    mpfr_const_pi(half_pi.v, MPFR_RNDN);
+    mpfr_div_2ui(half_pi.v, half_pi.v, 1, MPFR_RNDN);
+    for (int i = 0; i < rounds; ++i) {
+        const Operand x(i % 4 ? random_text(-23, 125)
+                              : oracle::truncate20(oracle::half_pi_multiple(
+                                    std::to_string(random() % 1000 + 1), 40)));
+        SCOPED_TRACE(x.text);
+        Value s, c, r;
+        mpfr_div(r.v, x.exact.v, half_pi.v, MPFR_RNDN);
+        mpfr_frac(r.v, r.v, MPFR_RNDN);
+        mpfr_mul(r.v, r.v, half_pi.v, MPFR_RNDN);
+        mpfr_sin_cos(s.v, c.v, r.v, MPFR_RNDN);
+        const auto check = [&]<int N>(Real<N> sine, Real<N> cosine) {
+            calc::Angle<N> angle;
+            calc::reduce(angle, x.decimal);
+            calc::sin_cos(&sine, &cosine, angle);
+            EXPECT_GE(bits(Value(sine), s, false), calc::sin_cos_bits<N>);
+            EXPECT_GE(bits(Value(cosine), c, false), calc::sin_cos_bits<N>);
+        };
+        check(Fast(), Fast());
+        check(Wide(), Wide());
+    }
+}
+
+TEST_F(Kernels, ArcTangent) {
+    for (int i = 0; i < rounds; ++i) {
+        const Operand y(random_text(-8, 8)), x(i % 2 ? random_text(-8, 8) : random_text(-128, 40));
+        SCOPED_TRACE(y.text + " " + x.text);
+        Value want;
+        mpfr_atan2(want.v, y.exact.v, x.exact.v, MPFR_RNDN);
+        Fast fast;
+        calc::atan_quotient(fast, y.real<4>(), x.real<4>());
+        EXPECT_GE(bits(Value(fast), want), calc::atan_bits);
+        Wide wide;
+        calc::atan_quotient(wide, y.real<16>(), x.real<16>());
+        EXPECT_GE(bits(Value(wide), want), calc::atan_wide_bits);
+    }
+}
+
+}  // namespace
