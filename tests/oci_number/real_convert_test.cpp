@@ -41,7 +41,7 @@ std::string hex(Real value) {
 
 // ---- Number to real
 
-// The stored real, from memory that is not aligned; "failed" and the status.
+// The stored real; "failed" and the error. Number and real end at the ends of pages.
 template <class Real>
 std::string to_real(const OCINumber &n, int mode = FE_TONEAREST) {
     const GuardedBytes record(&n, sizeof n);
