@@ -121,8 +121,8 @@ BENCHMARK(integer_snprintf);
 // ---- Byte operations, against OCINumberAssign
 
 template <class Call>
-void on_numbers(benchmark::State &state, Call call) {
-    const auto numbers = random_numbers(20);
+void on_numbers(benchmark::State &state, Signs signs, Call call) {
+    const auto numbers = random_numbers(20, signs);
     OCINumber result;
     run(state, [&](size_t i) {
         call(bench_error(), &numbers[i], static_cast<sword>(i % 8), &result);
@@ -130,22 +130,23 @@ void on_numbers(benchmark::State &state, Call call) {
     });
 }
 
-#define BYTE_OPERATION(name, ...)                                                                \
-    void name(benchmark::State &state) {                                                         \
-        on_numbers(state, []([[maybe_unused]] OCIError *err, const OCINumber *n,                 \
-                             [[maybe_unused]] sword count, OCINumber *result) { __VA_ARGS__; }); \
-    }                                                                                            \
+#define BYTE_OPERATION(name, signs, ...)                                                  \
+    void name(benchmark::State &state) {                                                  \
+        on_numbers(state, Signs::signs,                                                   \
+                   []([[maybe_unused]] OCIError *err, const OCINumber *n,                 \
+                      [[maybe_unused]] sword count, OCINumber *result) { __VA_ARGS__; }); \
+    }                                                                                     \
     BENCHMARK(name)
 
-BYTE_OPERATION(assign, OCINumberAssign(err, n, result));
-BYTE_OPERATION(abs_value, OCINumberAbs(err, n, result));
-BYTE_OPERATION(neg, OCINumberNeg(err, n, result));
-BYTE_OPERATION(shift, OCINumberShift(err, n, count, result));
-BYTE_OPERATION(round_places, OCINumberRound(err, n, count, result));
-BYTE_OPERATION(trunc_places, OCINumberTrunc(err, n, count, result));
-BYTE_OPERATION(prec, OCINumberPrec(err, n, count + 5, result));
+BYTE_OPERATION(assign, both, OCINumberAssign(err, n, result));
+BYTE_OPERATION(abs_value, both, OCINumberAbs(err, n, result));
+BYTE_OPERATION(neg, both, OCINumberNeg(err, n, result));
+BYTE_OPERATION(shift, both, OCINumberShift(err, n, count, result));
+BYTE_OPERATION(round_places, both, OCINumberRound(err, n, count, result));
+BYTE_OPERATION(trunc_places, both, OCINumberTrunc(err, n, count, result));
+BYTE_OPERATION(prec, both, OCINumberPrec(err, n, count + 5, result));
 // In place: the copy that restores the operand is part of the time.
-BYTE_OPERATION(inc, *result = *n; OCINumberInc(err, result));
-BYTE_OPERATION(dec, *result = *n; OCINumberDec(err, result));
+BYTE_OPERATION(inc, positive, *result = *n; OCINumberInc(err, result));
+BYTE_OPERATION(dec, positive, *result = *n; OCINumberDec(err, result));
 
 }  // namespace

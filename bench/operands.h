@@ -23,14 +23,15 @@ inline OCINumber number_from(std::string text) {
     return n;
 }
 
-// Texts of `decimals` significant digits, either sign, with the point anywhere
-// among them.
-inline std::array<std::string, operand_count> random_texts(size_t decimals) {
+// Texts of `decimals` significant digits with the point anywhere among them.
+enum class Signs { both, positive };
+inline std::array<std::string, operand_count> random_texts(size_t decimals,
+                                                           Signs signs = Signs::both) {
     std::mt19937_64 random{42};
     std::array<std::string, operand_count> texts;
     for (std::string &text : texts) {
         const size_t point = 1 + random() % decimals;
-        text = random() % 2 ? "-" : "";
+        text = signs == Signs::both && random() % 2 ? "-" : "";
         for (size_t i = 0; i < decimals; ++i) {
             if (i == point) text += '.';
             text += static_cast<char>('1' + random() % 9);
@@ -39,9 +40,10 @@ inline std::array<std::string, operand_count> random_texts(size_t decimals) {
     return texts;
 }
 
-inline std::array<OCINumber, operand_count> random_numbers(size_t decimals) {
+inline std::array<OCINumber, operand_count> random_numbers(size_t decimals,
+                                                           Signs signs = Signs::both) {
     std::array<OCINumber, operand_count> numbers;
-    const auto texts = random_texts(decimals);
+    const auto texts = random_texts(decimals, signs);
     for (size_t i = 0; i < operand_count; ++i) numbers[i] = number_from(texts[i]);
     return numbers;
 }

@@ -106,7 +106,7 @@ typedef struct OCIError OCIError;
 #define OCI_HTYPE_ENV 1   /* handle type of an OCIEnv */
 #define OCI_HTYPE_ERROR 2 /* handle type of an OCIError */
 
-/* Longest message in an error handle, terminator included, in bytes. */
+/* Longest message in an error handle in bytes, without its terminator. */
 #define OCI_ERROR_MAXMSG_SIZE2 3072
 
 /* Creates an environment handle and stores it at `envp`.
@@ -142,7 +142,7 @@ OCI_NUMBER_API sword OCIHandleFree(void *hndlp, const ub4 type);
  * `recordno` counts from 1; a handle holds one record. `sqlstate` may be null;
  * otherwise it receives the terminated SQL state (6 bytes), which the number
  * functions leave empty. `*errcodep` receives the error number. `bufp` (may be
- * null) receives the terminated message, at most `bufsiz` bytes of it.
+ * null) receives the terminated message, at most `bufsiz` bytes with it.
  * `type` must be OCI_HTYPE_ERROR.
  * Returns OCI_SUCCESS; OCI_NO_DATA when there is no such record; OCI_ERROR when
  * the message was cut to fit; OCI_INVALID_HANDLE when `hndlp` is not a live
@@ -296,115 +296,6 @@ OCI_NUMBER_API sword OCINumberToInt(OCIError *err, const OCINumber *number, uwor
 OCI_NUMBER_API sword OCINumberFromInt(OCIError *err, const void *inum, uword inum_length,
                                       uword inum_s_flag, OCINumber *number);
 
-/* ---- Reals -------------------------------------------------------------- */
-
-/* `rsl_length` and `rnum_length` are the size in bytes of the C type: 4 (float),
- * 8 (double) or 16 (long double, the 80-bit extended format). The reals need not
- * be aligned. */
-
-/* Stores `number` at `rsl`: rounded half away from zero to 6 (float), 15
- * (double) or 18 (long double) digits behind the decimal point, then to the
- * nearest long double, and that to the nearest float or double, ties to even. A
- * fixed count of digits behind the point means that small magnitudes keep fewer
- * significant digits: 0.000123456789 becomes the float 0.000123, 1E-20 zero (of
- * its sign). An infinity becomes the largest float of its sign, or 1e126 of its
- * sign in the two wider types.
- * Errors: 21560 (argument 2; 4; 3 for another `rsl_length`), 602 for a magnitude
- * beyond the float's range. A number without a decimal text of 128 characters or
- * fewer (some values below 1E-86), or one that is not well formed (a length byte
- * of 0 or above 21 included), is OCI_ERROR with a line in the log and nothing in
- * `err`.
- *
- *   double value;
- *   OCINumberToReal(err, &n, sizeof value, &value); */
-OCI_NUMBER_API sword OCINumberToReal(OCIError *err, const OCINumber *number, uword rsl_length,
-                                     void *rsl);
-
-/* Stores the `elems` numbers that `number` points to at `rsl`, one after the
- * other, each as OCINumberToReal does. Stops at the first number that fails, with
- * its status and error; the elements before it are stored, it and those behind it
- * are not.
- * Errors: 21560 (argument 2; 3 when `elems` is 0; 4 when `rsl_length` is 0; 5),
- * and those of OCINumberToReal. */
-OCI_NUMBER_API sword OCINumberToRealArray(OCIError *err, const OCINumber **number, uword elems,
-                                          uword rsl_length, void *rsl);
-
-/* Stores in `number` the real of `rnum_length` bytes at `rnum`, with 6 (float),
- * 15 (double) or 18 (long double) significant digits: the value is rounded to two
- * digits more as printf rounds, to nearest, ties to even; then these two are
- * dropped, rounding half away from zero by the first of them. So 0.1 gives exactly
- * 0.1. Infinities become infinities, and so do magnitudes of 10^126 and more;
- * magnitudes below 10^-128 become zero. Needs a few bytes of memory during the
- * call.
- * Errors: 21560 (argument 2; 4; 3 for another `rnum_length`), 602 when there is
- * no memory. A NaN is OCI_ERROR with nothing in `err`; so is a bit pattern that
- * the long double has no value for. */
-OCI_NUMBER_API sword OCINumberFromReal(OCIError *err, const void *rnum, uword rnum_length,
-                                       OCINumber *number);
-
-/* ---- Text --------------------------------------------------------------- */
-
-/* Texts and format models are counted in bytes and need no terminator.
- * `nls_params` must be null and `nls_p_length` 0: language parameters are
- * refused. */
-
-/* Writes `number` to `buf` under the format model `fmt`:
- *
- *   TM, TM9       all its digits, without sign position: 123.45, -.25
- *   9 and 0,      a body of 1 to 63 positions, at most one period among them.
- *   one period    The text has a place for the sign and one for each position. A
- *                 "9" in front of the first digit is a blank, a "0" and all
- *                 behind it are digits. As many digits follow the period as
- *                 positions do; the rest is rounded half away from zero.
- *   FM and body   the same without the blanks, and without padding zeros in the
- *                 last "9" positions behind the period
- *
- * "TM" and "FM" may be written in either case.
- * `*buf_size` is the capacity of `buf` in bytes, and on success the length of the
- * text. A terminator follows the text when there is room for it; it is not
- * counted. Both are written only on success.
- * Errors, in the order of the tests (all with OCI_ERROR):
- *   21560  `buf_size` null or `*buf_size` 0 (argument 7), `buf` (8), `number` (2)
- *   22065  `fmt` null or empty
- *   602    language parameters
- *   22065  an infinity, or a first digit byte of 0 or 1
- *   22061  the model is not one of these forms
- *   602    the number has no text of 128 characters or fewer, or is not well
- *          formed (a length byte of 0 or above 21 included)
- *   22065  more integer digits than positions for them
- *   22059  the text, without a terminator, is longer than `*buf_size`
- *
- *   OraText text[32];
- *   ub4 size = sizeof text;
- *   OCINumberToText(err, &n, (const OraText *)"FM9990.99", 9, NULL, 0, &size, text); */
-OCI_NUMBER_API sword OCINumberToText(OCIError *err, const OCINumber *number, const OraText *fmt,
-                                     ub4 fmt_length, const OraText *nls_params, ub4 nls_p_length,
-                                     ub4 *buf_size, OraText *buf);
-
-/* Reads the text `str` into `number`: leading blanks, an optional "-", digits
- * with at most one period. More than 20 base-100 digits are rounded half away
- * from zero; a magnitude below 10^-128 is zero.
- * The format model `fmt` holds positions "9" and "0" and at most one period, and
- * constrains the text: it has at most as many integer digits as the model has
- * integer positions; positions in front may be left out when they are "9". When
- * none is left out, the text has at most as many fraction digits as the model,
- * zeros at its end not counted, and no period when the model has none.
- * Errors, in the order of the tests (all with OCI_ERROR):
- *   21560  `str` null (argument 2), `str_length` 0 (3)
- *   22062  `fmt` null
- *   21560  `number` null (8)
- *   22061  the model holds another character or a second period
- *   602    language parameters
- *   22062  the text is not a number, does not match the model, or stands for a
- *          magnitude of 10^126 or more
- *
- *   OCINumberFromText(err, (const OraText *)"-12.5", 5, (const OraText *)"99.9", 4,
- *                     NULL, 0, &n); */
-OCI_NUMBER_API sword OCINumberFromText(OCIError *err, const OraText *str, ub4 str_length,
-                                       const OraText *fmt, ub4 fmt_length,
-                                       const OraText *nls_params, ub4 nls_p_length,
-                                       OCINumber *number);
-
 /* ---- Calculation -------------------------------------------------------- */
 
 /* For finite operands every result is the exact mathematical value, rounded
@@ -533,6 +424,114 @@ OCI_NUMBER_API sword print_calc_number(QZCICalcNumber *number);
  * them, to standard output: "Len=2: 2, 193, 2" for 1. A length byte above 21
  * prints all 22 bytes. `number` is not null. Returns 0. */
 OCI_NUMBER_API sword print_number(OCINumber *number);
+/* ---- Reals -------------------------------------------------------------- */
+
+/* `rsl_length` and `rnum_length` are the size in bytes of the C type: 4 (float),
+ * 8 (double) or 16 (long double, the 80-bit extended format). The reals need not
+ * be aligned. */
+
+/* Stores `number` at `rsl`: rounded half away from zero to 6 (float), 15
+ * (double) or 18 (long double) digits behind the decimal point, then to the
+ * nearest long double, and that to the nearest float or double, ties to even. A
+ * fixed count of digits behind the point means that small magnitudes keep fewer
+ * significant digits: 0.000123456789 becomes the float 0.000123, 1E-20 zero (of
+ * its sign). An infinity becomes the largest float of its sign, or 1e126 of its
+ * sign in the two wider types.
+ * Errors: 21560 (argument 2; 4; 3 for another `rsl_length`), 602 for a magnitude
+ * beyond the float's range. A number without a decimal text of 128 characters or
+ * fewer (some values below 1E-86), or one that is not well formed (a length byte
+ * of 0 or above 21 included), is OCI_ERROR with a line in the log and nothing in
+ * `err`.
+ *
+ *   double value;
+ *   OCINumberToReal(err, &n, sizeof value, &value); */
+OCI_NUMBER_API sword OCINumberToReal(OCIError *err, const OCINumber *number, uword rsl_length,
+                                     void *rsl);
+
+/* Stores the `elems` numbers that `number` points to at `rsl`, one after the
+ * other, each as OCINumberToReal does. Stops at the first number that fails, with
+ * its status and error; the elements before it are stored, it and those behind it
+ * are not.
+ * Errors: 21560 (argument 2; 3 when `elems` is 0; 4 when `rsl_length` is 0; 5),
+ * and those of OCINumberToReal. */
+OCI_NUMBER_API sword OCINumberToRealArray(OCIError *err, const OCINumber **number, uword elems,
+                                          uword rsl_length, void *rsl);
+
+/* Stores in `number` the real of `rnum_length` bytes at `rnum`, with 6 (float),
+ * 15 (double) or 18 (long double) significant digits: the value is rounded to two
+ * digits more as printf rounds, to nearest, ties to even; then these two are
+ * dropped, rounding half away from zero by the first of them. So 0.1 gives exactly
+ * 0.1. Infinities become infinities, and so do magnitudes of 10^126 and more;
+ * magnitudes below 10^-128 become zero. Needs a few bytes of memory during the
+ * call.
+ * Errors: 21560 (argument 2; 4; 3 for another `rnum_length`), 602 when there is
+ * no memory. A NaN is OCI_ERROR with nothing in `err`; so is a bit pattern that
+ * the long double has no value for. */
+OCI_NUMBER_API sword OCINumberFromReal(OCIError *err, const void *rnum, uword rnum_length,
+                                       OCINumber *number);
+
+/* ---- Text --------------------------------------------------------------- */
+
+/* Texts and format models are counted in bytes and need no terminator.
+ * `nls_params` must be null and `nls_p_length` 0: language parameters are
+ * refused. */
+
+/* Writes `number` to `buf` under the format model `fmt`:
+ *
+ *   TM, TM9       all its digits, without sign position: 123.45, -.25
+ *   9 and 0,      a body of 1 to 63 positions, at most one period among them.
+ *   one period    The text has a place for the sign and one for each position. A
+ *                 "9" in front of the first digit is a blank, a "0" and all
+ *                 behind it are digits. As many digits follow the period as
+ *                 positions do; the rest is rounded half away from zero.
+ *   FM and body   the same without the blanks, and without padding zeros in the
+ *                 last "9" positions behind the period
+ *
+ * "TM" and "FM" may be written in either case.
+ * `*buf_size` is the capacity of `buf` in bytes, and on success the length of the
+ * text. A terminator follows the text when there is room for it; it is not
+ * counted. Both are written only on success.
+ * Errors, in the order of the tests (all with OCI_ERROR):
+ *   21560  `buf_size` null or `*buf_size` 0 (argument 7), `buf` (8), `number` (2)
+ *   22065  `fmt` null or empty
+ *   602    language parameters
+ *   22065  an infinity, or a first digit byte of 0 or 1
+ *   22061  the model is not one of these forms
+ *   602    the number has no text of 128 characters or fewer, or is not well
+ *          formed (a length byte of 0 or above 21 included)
+ *   22065  more integer digits than positions for them
+ *   22059  the text, without a terminator, is longer than `*buf_size`
+ *
+ *   OraText text[32];
+ *   ub4 size = sizeof text;
+ *   OCINumberToText(err, &n, (const OraText *)"FM9990.99", 9, NULL, 0, &size, text); */
+OCI_NUMBER_API sword OCINumberToText(OCIError *err, const OCINumber *number, const OraText *fmt,
+                                     ub4 fmt_length, const OraText *nls_params, ub4 nls_p_length,
+                                     ub4 *buf_size, OraText *buf);
+
+/* Reads the text `str` into `number`: leading blanks, an optional "-", digits
+ * with at most one period. More than 20 base-100 digits are rounded half away
+ * from zero; a magnitude below 10^-128 is zero.
+ * The format model `fmt` holds positions "9" and "0" and at most one period, and
+ * constrains the text: it has at most as many integer digits as the model has
+ * integer positions; positions in front may be left out when they are "9". When
+ * none is left out, the text has at most as many fraction digits as the model,
+ * zeros at its end not counted, and no period when the model has none.
+ * Errors, in the order of the tests (all with OCI_ERROR):
+ *   21560  `str` null (argument 2), `str_length` 0 (3)
+ *   22062  `fmt` null
+ *   21560  `number` null (8)
+ *   22061  the model holds another character or a second period
+ *   602    language parameters
+ *   22062  the text is not a number, does not match the model, or stands for a
+ *          magnitude of 10^126 or more
+ *
+ *   OCINumberFromText(err, (const OraText *)"-12.5", 5, (const OraText *)"99.9", 4,
+ *                     NULL, 0, &n); */
+OCI_NUMBER_API sword OCINumberFromText(OCIError *err, const OraText *str, ub4 str_length,
+                                       const OraText *fmt, ub4 fmt_length,
+                                       const OraText *nls_params, ub4 nls_p_length,
+                                       OCINumber *number);
 
 #ifdef __cplusplus
 }

@@ -18,12 +18,15 @@
  *
  * with the time in UTC, the level, the calling thread (its pthread_t as a
  * decimal number), the place in the library and the text. A line is written by
- * one write, so lines of several threads and processes do not mix. Control
- * characters in the text appear as \n, \t, \r, \\ or \xHH, so every record is
- * one line.
+ * one write to a file opened for appending, so lines of several threads and
+ * processes do not mix. The ASCII control characters and the backslash appear in
+ * the text as \n, \t, \r, \\ or \xHH, so every record is one line. What cannot
+ * be written, on a full disk for instance, is lost without a word; a line that
+ * was cut is ended before the next one.
  *
- * All functions may be called at any time from any thread, but not from inside
- * a sink. None of them changes errno unless its description says so. */
+ * All functions may be called at any time from any thread, also in a child after
+ * a fork, but not from inside a sink. None of them changes errno unless its
+ * description says so. */
 #ifndef OCI_NUMBER_LOG_H
 #define OCI_NUMBER_LOG_H
 
@@ -66,8 +69,9 @@ OCI_NUMBER_API sword qzoci_log_set_file(const char *path);
  * `level` a log_level, `file` and `line` the logging statement's place, and
  * `text` the escaped, NUL-terminated text of `length` bytes, without time stamp
  * or line end. The pointers are valid during the call only. The sink may be
- * called from several threads at once. Lines that the library would log while
- * the sink runs in the same thread are dropped. */
+ * called from several threads at once. It may call the library, but not the
+ * functions of this header, and must return: no exception, no longjmp. Lines that
+ * the library would log while the sink runs in the same thread are dropped. */
 typedef void (*qzoci_log_sink)(void *context, int level, const char *file, long line,
                                const char *text, size_t length);
 

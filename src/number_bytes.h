@@ -133,10 +133,17 @@ inline void set_zero(OCINumber &n) {
     n.OCINumberPart[1] = zero_exponent_byte;
 }
 
+inline void OCINumberSetPInfi(OCINumber *number) {
+    number->OCINumberPart[0] = 2;
+    number->OCINumberPart[1] = 255;
+    number->OCINumberPart[2] = 101;
+}
+inline void OCINumberSetNInfi(OCINumber *number) {
+    number->OCINumberPart[0] = 1;
+    number->OCINumberPart[1] = 0;
+}
 inline void set_infinity(OCINumber &n, bool negative) {
-    n.OCINumberPart[0] = negative ? 1 : 2;
-    n.OCINumberPart[1] = negative ? 0 : 255;
-    if (!negative) n.OCINumberPart[2] = 101;
+    negative ? OCINumberSetNInfi(&n) : OCINumberSetPInfi(&n);
 }
 
 }  // namespace number_bytes

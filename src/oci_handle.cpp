@@ -7,10 +7,19 @@
 
 namespace {
 
-// Guards both free lists and the lists of error handles in the environments.
+// Guards both free lists and the lists of error handles in the environments. The
+// allocator is called without it, as it logs, and the log may run the program's
+// own sink.
 pthread_mutex_t handles_lock = PTHREAD_MUTEX_INITIALIZER;
 OCIEnv *free_envs = nullptr;
 OCIError *free_errors = nullptr;
+
+// A child process starts with the lock free and the lists whole.
+__attribute__((constructor)) void start() {
+    pthread_atfork([] { pthread_mutex_lock(&handles_lock); },
+                   [] { pthread_mutex_unlock(&handles_lock); },
+                   [] { pthread_mutex_unlock(&handles_lock); });
+}
 
 class HandlesGuard {
 public:
@@ -24,48 +33,87 @@ bool is_live(const void *handle, ub1 type) {
     return handle != nullptr && *static_cast<const ub1 *>(handle) == type;
 }
 
-// Takes a record from the free list or, when it is empty, from the allocator.
-template <class Handle, Handle *Handle::*next>
-Handle *take(Handle *&free_list, const char *tag) {
+// Takes a record from the free list, or null.
+template <class Handle>
+Handle *take_free(Handle *&free_list) {
+    const HandlesGuard guard;
     Handle *handle = free_list;
-    if (handle != nullptr) {
-        free_list = handle->*next;
-    } else {
-        handle = static_cast<Handle *>(qzci_malloc(sizeof(Handle), tag));
-    }
-    if (handle != nullptr) std::memset(handle, 0, sizeof *handle);
+    if (handle != nullptr) free_list = handle->next;
     return handle;
 }
 
-// Allocates the program's extra memory, when it asks for some.
-bool take_user_memory(size_t size, void **usrmempp, void *&memory) {
-    if (size == 0 || usrmempp == nullptr) return true;
-    memory = qzci_malloc(size, "user memory");
-    return memory != nullptr;
+// Puts a record that is in no list, and holds no user memory, on the free list.
+template <class Handle>
+void give_back(Handle *handle, Handle *&free_list) {
+    const HandlesGuard guard;
+    handle->next = free_list;
+    free_list = handle;
 }
 
-void give_user_memory(size_t size, void **usrmempp, void *memory) {
-    if (size != 0 && usrmempp != nullptr) *usrmempp = memory;
+// A cleared record, from the free list or the allocator, with the program's
+// extra memory when it asks for some; null when there is no memory.
+template <class Handle>
+Handle *take(Handle *&free_list, const char *tag, size_t xtramem_sz, void **usrmempp) {
+    Handle *handle = take_free(free_list);
+    if (handle == nullptr) handle = static_cast<Handle *>(qzci_malloc(sizeof(Handle), tag));
+    if (handle == nullptr) return nullptr;
+    std::memset(handle, 0, sizeof *handle);
+    if (xtramem_sz != 0 && usrmempp != nullptr) {
+        handle->user_memory = qzci_malloc(xtramem_sz, "user memory");
+        if (handle->user_memory == nullptr) {
+            give_back(handle, free_list);
+            return nullptr;
+        }
+    }
+    return handle;
+}
+
+// Hands the extra memory to the program, with the handle.
+template <class Handle>
+void give_user_memory(const Handle *handle, void **usrmempp) {
+    if (handle->user_memory != nullptr) *usrmempp = handle->user_memory;
 }
 
 void release(OCIEnv *env) {
     qzci_free(env->user_memory);
-    env->type = 0;
-    env->next_free = free_envs;
-    free_envs = env;
+    give_back(env, free_envs);
 }
 
 void release(OCIError *error) {
     qzci_free(error->user_memory);
     pthread_mutex_destroy(&error->lock);
-    error->type = 0;
-    error->next = free_errors;
-    free_errors = error;
+    give_back(error, free_errors);
+}
+
+void link_to_env(OCIError *error, OCIEnv *env) {
+    error->env = env;
+    error->next = env->errors;
+    if (error->next != nullptr) error->next->prev = error;
+    env->errors = error;
 }
 
 void unlink_from_env(OCIError *error) {
     (error->prev != nullptr ? error->prev->next : error->env->errors) = error->next;
     if (error->next != nullptr) error->next->prev = error->prev;
+}
+
+// Makes a live handle of the type free, or returns null. An environment's error
+// handles become free with it and are left in its list.
+OCIError *retire_error(void *hndlp) {
+    const HandlesGuard guard;
+    if (!is_live(hndlp, OCI_HTYPE_ERROR)) return nullptr;
+    auto *error = static_cast<OCIError *>(hndlp);
+    unlink_from_env(error);
+    error->type = 0;
+    return error;
+}
+OCIEnv *retire_env(void *hndlp) {
+    const HandlesGuard guard;
+    if (!is_live(hndlp, OCI_HTYPE_ENV)) return nullptr;
+    auto *env = static_cast<OCIEnv *>(hndlp);
+    for (OCIError *error = env->errors; error != nullptr; error = error->next) error->type = 0;
+    env->type = 0;
+    return env;
 }
 
 }  // namespace
@@ -74,56 +122,47 @@ extern "C" sword OCIEnvCreate(OCIEnv **envp, ub4, void *, void *(*)(void *, size
                               void *(*)(void *, void *, size_t), void (*)(void *, void *),
                               size_t xtramem_sz, void **usrmempp) {
     if (envp == nullptr) return OCI_INVALID_HANDLE;
-    const HandlesGuard guard;
-    OCIEnv *env = take<OCIEnv, &OCIEnv::next_free>(free_envs, "OCIEnv");
+    OCIEnv *env = take(free_envs, "OCIEnv", xtramem_sz, usrmempp);
     if (env == nullptr) return OCI_ERROR;
-    if (!take_user_memory(xtramem_sz, usrmempp, env->user_memory)) {
-        release(env);
-        return OCI_ERROR;
-    }
     env->type = OCI_HTYPE_ENV;
-    give_user_memory(xtramem_sz, usrmempp, env->user_memory);
+    give_user_memory(env, usrmempp);
     *envp = env;
     return OCI_SUCCESS;
 }
 
 extern "C" sword OCIHandleAlloc(const void *parenth, void **hndlpp, const ub4 type,
                                 const size_t xtramem_sz, void **usrmempp) {
-    const HandlesGuard guard;
     if (!is_live(parenth, OCI_HTYPE_ENV) || hndlpp == nullptr || type != OCI_HTYPE_ERROR) {
         return OCI_INVALID_HANDLE;
     }
-    OCIError *error = take<OCIError, &OCIError::next>(free_errors, "OCIError");
+    OCIError *error = take(free_errors, "OCIError", xtramem_sz, usrmempp);
     if (error == nullptr) return OCI_ERROR;
     pthread_mutex_init(&error->lock, nullptr);
-    if (!take_user_memory(xtramem_sz, usrmempp, error->user_memory)) {
-        release(error);
-        return OCI_ERROR;
-    }
     error->type = OCI_HTYPE_ERROR;
-    // The interface passes the parent as const; its list of children is ours.
-    error->env = static_cast<OCIEnv *>(const_cast<void *>(parenth));
-    error->next = error->env->errors;
-    if (error->next != nullptr) error->next->prev = error;
-    error->env->errors = error;
-    give_user_memory(xtramem_sz, usrmempp, error->user_memory);
+    {
+        const HandlesGuard guard;
+        // The interface passes the parent as const; its list of children is ours.
+        link_to_env(error, static_cast<OCIEnv *>(const_cast<void *>(parenth)));
+    }
+    give_user_memory(error, usrmempp);
     *hndlpp = error;
     return OCI_SUCCESS;
 }
 
 extern "C" sword OCIHandleFree(void *hndlp, const ub4 type) {
-    const HandlesGuard guard;
-    if (type == OCI_HTYPE_ERROR && is_live(hndlp, OCI_HTYPE_ERROR)) {
-        auto *error = static_cast<OCIError *>(hndlp);
-        unlink_from_env(error);
+    if (type == OCI_HTYPE_ERROR) {
+        OCIError *error = retire_error(hndlp);
+        if (error == nullptr) return OCI_INVALID_HANDLE;
         release(error);
         return OCI_SUCCESS;
     }
-    if (type == OCI_HTYPE_ENV && is_live(hndlp, OCI_HTYPE_ENV)) {
-        auto *env = static_cast<OCIEnv *>(hndlp);
-        while (OCIError *error = env->errors) {
-            env->errors = error->next;
+    if (type == OCI_HTYPE_ENV) {
+        OCIEnv *env = retire_env(hndlp);
+        if (env == nullptr) return OCI_INVALID_HANDLE;
+        for (OCIError *error = env->errors; error != nullptr;) {
+            OCIError *const next = error->next;
             release(error);
+            error = next;
         }
         release(env);
         return OCI_SUCCESS;
@@ -140,7 +179,8 @@ extern "C" sword OCIErrorGet(void *hndlp, ub4 recordno, OraText *sqlstate, sb4 *
     if (recordno != 1 || error->err_code == 0) return OCI_NO_DATA;
     if (sqlstate != nullptr) std::memcpy(sqlstate, error->sql_state, sizeof error->sql_state);
     *errcodep = error->err_code;
-    if (bufp == nullptr || bufsiz == 0) return OCI_SUCCESS;
+    if (bufp == nullptr) return OCI_SUCCESS;
+    if (bufsiz == 0) return OCI_ERROR;
     const size_t length =
         strnlen(reinterpret_cast<const char *>(error->err_message), err_message_size - 1);
     const size_t copied = length < bufsiz ? length : bufsiz - 1;

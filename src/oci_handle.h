@@ -15,7 +15,7 @@ inline constexpr size_t err_message_size = 3073;
 struct OCIEnv {
     ub1 type;
     OCIError *errors;  // the live error handles under this environment
-    OCIEnv *next_free;
+    OCIEnv *next;      // in the list of the free ones
     void *user_memory;
 };
 

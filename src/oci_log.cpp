@@ -2,12 +2,13 @@
 
 #include <fcntl.h>
 #include <pthread.h>
+#include <signal.h>
 #include <strings.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -33,6 +34,9 @@ Destination destination;
 // Held shared while a line is emitted, exclusively while the destination
 // changes: a descriptor is never closed, a sink never returned, under a writer.
 pthread_rwlock_t destination_lock = PTHREAD_RWLOCK_INITIALIZER;
+
+// Set when a write left a line without its end; the next one ends it first.
+std::atomic<bool> line_is_cut{false};
 
 thread_local bool inside_sink = false;
 
@@ -64,13 +68,22 @@ private:
     size_t capacity_ = sizeof inline_;
 };
 
-// The longest form of an escaped byte is \xHH.
-constexpr size_t escaped_size = 4;
+bool is_plain(unsigned char c) { return c >= 0x20 && c != 0x7f && c != '\\'; }
+
+// The length of the escaped text.
+size_t escaped_length(const char *text, size_t length) {
+    size_t result = length;
+    for (size_t i = 0; i < length; ++i) {
+        const auto c = static_cast<unsigned char>(text[i]);
+        if (!is_plain(c)) result += c == '\n' || c == '\r' || c == '\t' || c == '\\' ? 1 : 3;
+    }
+    return result;
+}
 
 // Writes the printable form of one byte, without terminator; returns its end.
 // Bytes from 0x80 up pass, so UTF-8 stays readable.
 char *escape(char *out, unsigned char c) {
-    if (c >= 0x20 && c != 0x7f && c != '\\') {
+    if (is_plain(c)) {
         *out++ = static_cast<char>(c);
         return out;
     }
@@ -88,24 +101,56 @@ char *escape(char *out, unsigned char c) {
     return out;
 }
 
-// Time, level, thread and place of a line, at most `size` - 1 bytes.
+// Time, level, thread and place of a line, at most `size` - 1 bytes. The date is
+// computed here, as the C library's would take its time zone's lock.
 size_t format_head(char *out, size_t size, log_level level, const char *file, long line) {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
-    tm utc{};
-    gmtime_r(&now.tv_sec, &utc);
+    constexpr long seconds_of_day = 86400;
+    const auto days = static_cast<int>(now.tv_sec / seconds_of_day);
+    const auto second = static_cast<int>(now.tv_sec % seconds_of_day);
+    const std::chrono::year_month_day date{std::chrono::sys_days{std::chrono::days{days}}};
     static_assert(sizeof(pthread_t) == sizeof(long));
     const int length = std::snprintf(
-        out, size, "%04d-%02d-%02dT%02d:%02d:%02d.%06ldZ %s [%ld] %s:%ld ", utc.tm_year + 1900,
-        utc.tm_mon + 1, utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec, now.tv_nsec / 1000,
-        level_names[level], static_cast<long>(pthread_self()), file, line);
+        out, size, "%04d-%02u-%02uT%02d:%02d:%02d.%06ldZ %s [%ld] %s:%ld ",
+        static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+        static_cast<unsigned>(date.day()), second / 3600, second / 60 % 60, second % 60,
+        now.tv_nsec / 1000, level_names[level], static_cast<long>(pthread_self()), file, line);
     if (length < 0) return 0;
     return static_cast<size_t>(length) < size ? static_cast<size_t>(length) : size - 1;
 }
 
+// One write of the bytes before `end`, which may take one byte in front of
+// `start` too. A reader that has gone away does not end the program: the signal
+// is held back and taken off the thread.
+void write_line(int fd, char *start, const char *end) {
+    sigset_t pipe, former, pending;
+    sigemptyset(&pipe);
+    sigaddset(&pipe, SIGPIPE);
+    sigpending(&pending);
+    pthread_sigmask(SIG_BLOCK, &pipe, &former);
+
+    if (line_is_cut.load(std::memory_order_relaxed)) *--start = '\n';
+    const auto size = static_cast<size_t>(end - start);
+    ssize_t written;
+    do {
+        written = write(fd, start, size);
+    } while (written < 0 && errno == EINTR);
+    if (written > 0) {
+        line_is_cut.store(static_cast<size_t>(written) < size, std::memory_order_relaxed);
+    }
+
+    if (written < 0 && errno == EPIPE && sigismember(&pending, SIGPIPE) == 0) {
+        const timespec no_time{};
+        while (sigtimedwait(&pipe, nullptr, &no_time) < 0 && errno == EINTR) {
+        }
+    }
+    pthread_sigmask(SIG_SETMASK, &former, nullptr);
+}
+
 __attribute__((format(printf, 4, 0))) void emit(log_level level, const char *file, long line,
                                                 const char *fmt, va_list args) {
-    // A text that cannot be formatted or does not fit in memory is cut, not lost.
+    // A text that does not fit in memory is cut, not lost.
     TextBuffer raw;
     va_list again;
     va_copy(again, args);
@@ -120,16 +165,16 @@ __attribute__((format(printf, 4, 0))) void emit(log_level level, const char *fil
     }
     va_end(again);
 
-    constexpr size_t head_size = 512;
+    // The head stands right before the text, with a byte to spare before it.
+    constexpr size_t head_size = 400;
+    constexpr size_t text_start = head_size + 1;
     TextBuffer out;
-    if (!out.reserve(head_size + escaped_size * length + 1)) {
-        const size_t fits = (out.capacity() - head_size - 1) / escaped_size;
-        if (length > fits) length = fits;
-    }
-    char *const text = out.data() + head_size;
+    while (!out.reserve(text_start + escaped_length(raw.data(), length) + 1)) length /= 2;
+    char *const text = out.data() + text_start;
     char *end = text;
-    for (size_t i = 0; i < length; ++i)
+    for (size_t i = 0; i < length; ++i) {
         end = escape(end, static_cast<unsigned char>(raw.data()[i]));
+    }
 
     pthread_rwlock_rdlock(&destination_lock);
     if (destination.sink != nullptr) {
@@ -141,12 +186,9 @@ __attribute__((format(printf, 4, 0))) void emit(log_level level, const char *fil
     } else {
         char head[head_size];
         const size_t head_length = format_head(head, sizeof head, level, file, line);
-        char *const start = text - head_length;
-        std::memcpy(start, head, head_length);
+        std::memcpy(text - head_length, head, head_length);
         *end++ = '\n';
-        while (write(destination.fd, start, static_cast<size_t>(end - start)) < 0 &&
-               errno == EINTR) {
-        }
+        write_line(destination.fd, text - head_length, end);
     }
     pthread_rwlock_unlock(&destination_lock);
 }
@@ -161,8 +203,19 @@ int parse_level(const char *text) {
     return 0;
 }
 
-__attribute__((constructor)) void read_environment() {
+// A child process starts with the lock free and the destination whole, whatever
+// other threads were doing at the fork.
+void before_fork() {
+    if (!inside_sink) pthread_rwlock_wrlock(&destination_lock);
+}
+void after_fork_in_parent() {
+    if (!inside_sink) pthread_rwlock_unlock(&destination_lock);
+}
+void after_fork_in_child() { destination_lock = PTHREAD_RWLOCK_INITIALIZER; }
+
+__attribute__((constructor)) void start() {
     const int saved_errno = errno;
+    pthread_atfork(before_fork, after_fork_in_parent, after_fork_in_child);
     if (const char *path = secure_getenv("OCI_NUMBER_LOG_FILE"); path != nullptr && *path != '\0') {
         qzoci_log_set_file(path);
     }
@@ -180,10 +233,14 @@ extern "C" void qzoci_log_inner(log_level level, const char *file, const long li
         return;
     if (inside_sink || level < LOG_LEVEL_TRACE || level > LOG_LEVEL_SLOWSQL) return;
     const int saved_errno = errno;
+    // A thread that is cancelled in the write would keep the lock.
+    int cancel_state = 0;
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancel_state);
     va_list args;
     va_start(args, fmt);
     emit(level, file, line, fmt, args);
     va_end(args);
+    pthread_setcancelstate(cancel_state, nullptr);
     errno = saved_errno;
 }
 
@@ -197,12 +254,16 @@ extern "C" int qzoci_log_get_level(void) { return threshold.load(std::memory_ord
 extern "C" sword qzoci_log_set_file(const char *path) {
     int fd = STDERR_FILENO;
     if (path != nullptr) {
-        fd = open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
+        // Without O_NONBLOCK a FIFO would wait for its reader.
+        fd = open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK,
+                  S_IRUSR | S_IWUSR);
         if (fd < 0) return -1;
+        fcntl(fd, F_SETFL, O_APPEND);
     }
     pthread_rwlock_wrlock(&destination_lock);
     const int former = destination.fd;
     destination = {fd, nullptr, nullptr};
+    line_is_cut.store(false, std::memory_order_relaxed);
     pthread_rwlock_unlock(&destination_lock);
     const int saved_errno = errno;
     if (former != STDERR_FILENO) close(former);

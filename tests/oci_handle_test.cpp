@@ -24,6 +24,8 @@ TEST(Handle, TypeByteTellsFreedAndForeign) {
     EXPECT_EQ(OCIHandleFree(b, OCI_HTYPE_ERROR), OCI_INVALID_HANDLE);
     EXPECT_EQ(OCIErrorGet(b, 1, nullptr, &code, nullptr, 0, OCI_HTYPE_ERROR), OCI_INVALID_HANDLE);
     EXPECT_EQ(OCIHandleFree(a, OCI_HTYPE_ENV), OCI_INVALID_HANDLE);
+    // Out of the middle, then the last: the list's links must hold.
+    EXPECT_EQ(OCIHandleFree(c, OCI_HTYPE_ERROR), OCI_SUCCESS);
     EXPECT_EQ(OCIHandleFree(env, OCI_HTYPE_ERROR), OCI_INVALID_HANDLE);
     EXPECT_EQ(OCIHandleFree(nullptr, OCI_HTYPE_ENV), OCI_INVALID_HANDLE);
     // The environment takes its remaining error handles with it.
@@ -52,12 +54,18 @@ TEST(Handle, RefusedAllocations) {
     heap.fail = false;
     EXPECT_EQ(handle, env);
     EXPECT_EQ(memory, env);
-    // Memory of the program's own comes and goes with the handle.
+    // Memory of the program's own comes and goes with the handle; a handle for
+    // which there is none goes back.
+    OCIHandleFree(error, OCI_HTYPE_ERROR);
+    heap.fail = true;
+    EXPECT_EQ(OCIHandleAlloc(env, &handle, OCI_HTYPE_ERROR, 8, &memory), OCI_ERROR);
+    heap.fail = false;
     const int live = heap.live;
     ASSERT_EQ(OCIHandleAlloc(env, &handle, OCI_HTYPE_ERROR, 100, &memory), OCI_SUCCESS);
+    EXPECT_EQ(handle, error);
     std::memset(memory, 1, 100);
     OCIHandleFree(env, OCI_HTYPE_ENV);
-    EXPECT_LE(heap.live, live + 1);
+    EXPECT_EQ(heap.live, live);
 }
 
 TEST(Handle, ErrorGet) {
@@ -78,6 +86,7 @@ TEST(Handle, ErrorGet) {
     EXPECT_EQ(code, 21560);
     EXPECT_EQ(reinterpret_cast<char *>(message), argument_error(21560, 2));
     EXPECT_STREQ(reinterpret_cast<char *>(state), "");
+    EXPECT_EQ(OCIErrorGet(error, 1, nullptr, &code, message, 0, OCI_HTYPE_ERROR), OCI_ERROR);
     EXPECT_EQ(OCIErrorGet(error, 1, nullptr, &code, message, 10, OCI_HTYPE_ERROR), OCI_ERROR);
     EXPECT_STREQ(reinterpret_cast<char *>(message), "OCI-21560");
     OCIHandleFree(env, OCI_HTYPE_ENV);

@@ -1,6 +1,9 @@
 #include "oci_log.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -100,7 +103,33 @@ TEST_F(Log, SinkOfTheProgram) {
     EXPECT_EQ(lines().size(), 1u);
 }
 
+// A full destination cuts a line; a reader that has gone is no signal.
+TEST_F(Log, WritesThatFail) {
+    rlimit limit;
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit small = {100, limit.rlim_max};
+    signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &small);
+    QZOCI_LOG_ERROR("%s", std::string(200, 'x').c_str());
+    setrlimit(RLIMIT_FSIZE, &limit);
+    QZOCI_LOG_ERROR("whole");
+    const auto found = lines();
+    ASSERT_EQ(found.size(), 2u);
+    EXPECT_TRUE(found[1].ends_with(" whole"));
+
+    int pipe_ends[2];
+    ASSERT_EQ(pipe(pipe_ends), 0);
+    ASSERT_EQ(qzoci_log_set_file(("/proc/self/fd/" + std::to_string(pipe_ends[1])).c_str()), 0);
+    close(pipe_ends[0]);
+    close(pipe_ends[1]);
+    QZOCI_LOG_ERROR("to nobody");
+}
+
 TEST_F(Log, BadDestinationsKeepTheFormer) {
+    const std::string fifo = path_ + "_fifo";
+    mkfifo(fifo.c_str(), 0600);
+    EXPECT_EQ(qzoci_log_set_file(fifo.c_str()), -1);
+    std::remove(fifo.c_str());
     errno = 0;
     EXPECT_EQ(qzoci_log_set_file("/nonexistent/log"), -1);
     EXPECT_EQ(errno, ENOENT);

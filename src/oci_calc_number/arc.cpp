@@ -10,7 +10,7 @@ namespace {
 // atan(i/2^Shift) below its own, which leaves y/x < 2^-Shift (1 + 2^-40), and adds that
 // angle to the sum. Errors: 1 ulp in each of x, y and the sum. Returns whether it turned.
 template <int N, int Shift>
-bool turn(u64 *y, u64 *x, u64 *sum, const Limbs<N> *level) {
+bool turn(u64 *y, u64 *x, u64 *sum, const u64 (*level)[4]) {
     const u64 i = y[N - 1] / ((x[N - 1] >> Shift) + 1);
     if (i == 0) return false;
     Limbs<N> dx, dy;
@@ -18,16 +18,16 @@ bool turn(u64 *y, u64 *x, u64 *sum, const Limbs<N> *level) {
     mul_fraction_1<N>(dy, x, i << (64 - Shift));
     add<N>(x, x, dx);
     sub<N>(y, y, dy);
-    add<N>(sum, sum, level[i]);
+    add<N>(sum, sum, level[i] + 4 - N);
     return true;
 }
 
 // atan(y/x) for 0 < y <= x: three turns, then u - u^3/3 + u^5/5 - ... with u = y/x below
 // 2^-24. Errors in ulps, with x in [1/16, 1/4] and 4 in each of x and y: 2^6 in u, 3 in the
-// tables, 8 in the series; all in a sum of 2^-24 or more, so below 2^-atan_bits. Without
-// any turn, u and the result have full relative precision.
-void atan_below_1(Fast &r, const Fast &y, const Fast &x) {
-    constexpr int N = fast_limbs;
+// tables, 2N in the series, 8 from those of x and y before; all in a sum of 2^-24 or more,
+// so below 2^-atan_bits. Without any turn, u and the result have full relative precision.
+template <int N>
+void atan_below_1(Real<N> &r, const Real<N> &y, const Real<N> &x) {
     Limbs<N> num, den, sum = {};
     shift_right<N>(den, x.m, 3);
     shift_right_any<N>(num, y.m, x.exp - y.exp + 3);
@@ -36,9 +36,9 @@ void atan_below_1(Fast &r, const Fast &y, const Fast &x) {
     turned |= turn<N, 16>(num, den, sum, atan_level_2);
     turned |= turn<N, 24>(num, den, sum, atan_level_3);
 
-    Fast u, cubic;
+    Real<N> u, cubic;
     if (turned) {
-        Fast a, b;
+        Real<N> a, b;
         set_fraction<N>(a, num, 0, false);
         set_fraction<N>(b, den, 0, false);
         div(u, a, b);
@@ -49,7 +49,8 @@ void atan_below_1(Fast &r, const Fast &y, const Fast &x) {
     Limbs<N> t, square, p;
     to_fraction<N>(t, u);
     mul_high<N>(square, t, t);
-    horner<N, 47, true, 4>(p, square, atan_coefficient);
+    // Up to u^7 or u^11; the first missing term is below 2^-195 u or 2^-291 u.
+    horner<N, 47, true, N == 3 ? 2 : 4>(p, square, atan_coefficient);
     mul_high<N>(p, p, square);
     if (turned) {
         mul_high<N>(p, p, t);
@@ -65,22 +66,26 @@ void atan_below_1(Fast &r, const Fast &y, const Fast &x) {
 
 }  // namespace
 
-void atan_quotient(Fast &r, const Fast &y, const Fast &x) {
+template <int N>
+void atan_quotient(Real<N> &r, const Real<N> &y, const Real<N> &x) {
     if (compare_magnitude(y, x) <= 0) return atan_below_1(r, y, x);
-    Fast t, half_pi;
+    Real<N> t, half_pi;
     atan_below_1(t, x, y);
     set_constant(half_pi, quarter_pi, wide_limbs, 1);
     sub(r, half_pi, t);
 }
 
-// With t from the fast kernel, the angle between the point and that of t has the tangent
-// u = (y cos t - x sin t) / (x cos t + y sin t) below 2^-230 t, and its series ends after
-// u^3/3: u^5 < 2^-1150 t. The differences cancel all but 2^-230 t of the terms: 2^-770 of
+template void atan_quotient<3>(Real<3> &, const Real<3> &, const Real<3> &);
+template void atan_quotient<4>(Real<4> &, const Real<4> &, const Real<4> &);
+
+// With t from the kernel of 4 limbs, the angle between the point and that of t has the tangent
+// u = (y cos t - x sin t) / (x cos t + y sin t) below 2^-220 t, and its series ends after
+// u^3/3: u^5 < 2^-1100 t. The differences cancel all but 2^-220 t of the terms: 2^-780 of
 // u, or 2^-1000 of t, remain.
 void atan_quotient(Wide &r, const Wide &y, const Wide &x) {
     const bool swap = compare_magnitude(y, x) > 0;
     const Wide &num = swap ? x : y, &den = swap ? y : x;
-    Fast t, a, b;
+    Real<4> t, a, b;
     set_width(a, num);
     set_width(b, den);
     a.negative = b.negative = false;
@@ -113,12 +118,12 @@ namespace {
 
 // A multiple of pi/4, for the axes and diagonals: none is next to a tie.
 sword round_pi(QZCICalcNumber &result, u64 quarters, bool negative) {
-    Fast pi, factor;
+    Real<4> pi, factor;
     set_constant(pi, quarter_pi, wide_limbs, 0);
     set_int(factor, quarters);
     mul(pi, pi, factor);
     pi.negative = negative;
-    round_to_record(result, pi, real_bits<fast_limbs>, Undecided::nearest);
+    round_to_record(result, pi, real_bits<4>, Undecided::nearest);
     return OCI_SUCCESS;
 }
 
@@ -156,8 +161,9 @@ void cosine_side(Real<N> &r, const Decimal &x) {
 
 enum class Arc { sine, cosine };
 
+// The function's value; sqrt's error counts as it is, the rest twice at most.
 template <int N>
-void evaluate(Real<N> &r, Arc function, const Decimal &x) {
+int evaluate(Real<N> &r, Arc function, const Decimal &x) {
     Real<N> side, a;
     cosine_side(side, x);
     to_real(a, x);
@@ -165,11 +171,8 @@ void evaluate(Real<N> &r, Arc function, const Decimal &x) {
         angle_of(r, a, side);
     else
         angle_of(r, side, a);
+    return (sqrt_bits<N> < atan_bits<N> ? sqrt_bits<N> : atan_bits<N>)-2;
 }
-
-// sqrt's error counts as it is, the rest twice at most.
-constexpr int arc_bits = sqrt_bits<fast_limbs> - 2;
-constexpr int arc_wide_bits = sqrt_bits<wide_limbs> - 2;
 
 sword compute(QZCICalcNumber &result, Arc function, const QZCICalcNumber &operand) {
     if (is_infinite(operand)) return OCI_ERROR;
@@ -192,12 +195,7 @@ sword compute(QZCICalcNumber &result, Arc function, const QZCICalcNumber &operan
         set_zero(result);
         return OCI_SUCCESS;
     }
-    Fast fast;
-    evaluate(fast, function, x);
-    if (round_to_record(result, fast, arc_bits)) return OCI_SUCCESS;
-    Wide wide;
-    evaluate(wide, function, x);
-    round_to_record(result, wide, arc_wide_bits, Undecided::nearest);
+    round_by_passes(result, [&](auto &r) { return evaluate(r, function, x); });
     return OCI_SUCCESS;
 }
 
@@ -251,16 +249,16 @@ sword QZCICalcNumAtan2(const QZCICalcNumber *y, const QZCICalcNumber *x, QZCICal
     if (x->is_zero) return round_pi(*result, 2, is_negative(*y));
     Decimal dy, dx;
     if (!read(dy, *y) || !read(dx, *x)) return OCI_ERROR;
-    Fast fy, fx, fast;
-    to_real(fy, dy);
-    to_real(fx, dx);
-    if (!dx.negative && fy.exp - fx.exp < -171) return tiny_angle(*result, dy, dx);
-    angle_of(fast, fy, fx);
-    if (round_to_record(*result, fast, atan_bits)) return OCI_SUCCESS;
-    Wide wy, wx, wide;
-    to_real(wy, dy);
-    to_real(wx, dx);
-    angle_of(wide, wy, wx);
-    round_to_record(*result, wide, atan_wide_bits, Undecided::nearest);
+    Real<3> ry, rx;
+    to_real(ry, dy);
+    to_real(rx, dx);
+    if (!dx.negative && ry.exp - rx.exp < -171) return tiny_angle(*result, dy, dx);
+    round_by_passes(*result, [&]<int N>(Real<N> &r) {
+        Real<N> a, b;
+        to_real(a, dy);
+        to_real(b, dx);
+        angle_of(r, a, b);
+        return atan_bits<N> - 1;
+    });
     return OCI_SUCCESS;
 }

@@ -33,32 +33,84 @@ inline int lowest_kept(const QZCICalcNumber &a, const QZCICalcNumber &b, int top
     return std::max<int>(std::min(a.end_pos, b.end_pos), top - calc::max_limbs + 1);
 }
 
+// As set_trimmed; sums rarely need it.
+inline void set_sum(QZCICalcNumber &n, bool negative, int end_pos, int count) {
+    if (n.data_part[0] == 0 || n.data_part[count - 1] == 0) [[unlikely]] {
+        return calc::set_trimmed(n, negative, end_pos, count);
+    }
+    calc::set_frame(n, negative, end_pos, count);
+}
+
 // result is neither a nor b.
 void add_magnitudes(const QZCICalcNumber &a, const QZCICalcNumber &b, bool negative,
                     QZCICalcNumber &result) {
-    const int top = std::max(a.start_pos, b.start_pos);
-    const int end = lowest_kept(a, b, top + 1);
+    const bool a_higher = a.start_pos >= b.start_pos;
+    const QZCICalcNumber &high = a_higher ? a : b;
+    const QZCICalcNumber &low = a_higher ? b : a;
+    const int end = lowest_kept(a, b, high.start_pos + 1);
+    ub4 *const limbs = result.data_part;
+    // Up to the end of both, plain copies; then sums; then the carry runs up.
+    const int both = std::max<int>(high.end_pos, low.end_pos);
+    int pos = end;
+    for (; pos < both; ++pos) limbs[pos - end] = limb_at(a, pos) + limb_at(b, pos);
     ub4 carry = 0;
-    for (int pos = end; pos <= top; ++pos) {
-        const ub4 sum = limb_at(a, pos) + limb_at(b, pos) + carry;
+    for (; pos <= low.start_pos; ++pos) {
+        const ub4 sum =
+            high.data_part[pos - high.end_pos] + low.data_part[pos - low.end_pos] + carry;
         carry = sum >= limb_base;
-        result.data_part[pos - end] = carry != 0 ? sum - limb_base : sum;
+        limbs[pos - end] = sum - (carry != 0 ? limb_base : 0);
     }
-    result.data_part[top + 1 - end] = carry;
-    calc::set_trimmed(result, negative, end, top + 2 - end);
+    for (; pos <= high.start_pos; ++pos) {
+        const ub4 sum = high.data_part[pos - high.end_pos] + carry;
+        carry = sum >= limb_base;
+        limbs[pos - end] = sum - (carry != 0 ? limb_base : 0);
+    }
+    limbs[pos - end] = carry;
+    set_sum(result, negative, end, pos - end + static_cast<int>(carry));
 }
 
 // For |a| > |b|; result is neither a nor b.
 void sub_magnitudes(const QZCICalcNumber &a, const QZCICalcNumber &b, bool negative,
                     QZCICalcNumber &result) {
     const int end = lowest_kept(a, b, a.start_pos);
+    ub4 *const limbs = result.data_part;
+    const int both = std::max<int>(a.end_pos, b.end_pos);
+    int pos = end;
     ub4 borrow = 0;
-    for (int pos = end; pos <= a.start_pos; ++pos) {
+    for (; pos < both; ++pos) {
         const ub4 difference = limb_at(a, pos) - limb_at(b, pos) - borrow;
         borrow = difference >> 31;
-        result.data_part[pos - end] = borrow != 0 ? difference + limb_base : difference;
+        limbs[pos - end] = difference + (borrow != 0 ? limb_base : 0);
     }
-    calc::set_trimmed(result, negative, end, a.start_pos - end + 1);
+    for (; pos <= b.start_pos; ++pos) {
+        const ub4 difference = a.data_part[pos - a.end_pos] - b.data_part[pos - b.end_pos] - borrow;
+        borrow = difference >> 31;
+        limbs[pos - end] = difference + (borrow != 0 ? limb_base : 0);
+    }
+    for (; pos <= a.start_pos; ++pos) {
+        const ub4 difference = a.data_part[pos - a.end_pos] - borrow;
+        borrow = difference >> 31;
+        limbs[pos - end] = difference + (borrow != 0 ? limb_base : 0);
+    }
+    set_sum(result, negative, end, pos - end);
+}
+
+// The columns of a product of two numbers, six limbs each, filled up with zeros.
+inline void multiply_numbers(const QZCICalcNumber &a, const QZCICalcNumber &b, ub8 *columns) {
+    constexpr int n = calc::max_number_limbs;
+    ub8 x[n], y[n];
+    const int a_count = limb_count(a);
+    const int b_count = limb_count(b);
+    for (int i = 0; i < n; ++i) x[i] = i < a_count ? a.data_part[i] : 0;
+    for (int i = 0; i < n; ++i) y[i] = i < b_count ? b.data_part[i] : 0;
+    for (int j = 0; j < n; ++j) columns[j] = x[0] * y[j];
+#pragma GCC unroll 6
+    for (int i = 1; i < n; ++i) {
+#pragma GCC unroll 6
+        for (int j = 0; j < n - 1; ++j) columns[i + j] += x[i] * y[j];
+        columns[i + n - 1] = x[i] * y[n - 1];
+    }
+    columns[2 * n - 1] = 0;
 }
 
 // a + b, or a - b with `subtract`.
@@ -149,18 +201,24 @@ extern "C" sword QZCICalcNumMul(const QZCICalcNumber *operand1, const QZCICalcNu
     const int count = a_count + b_count;
     const int end_pos = a.end_pos + b.end_pos;
     // At most 40 products below 10^16 and a carry: a column stays below 2^64.
-    ub4 product[2 * calc::max_limbs];
-    ub8 column = 0;
-    for (int k = 0; k < count - 1; ++k) {
-        for (int i = std::max(0, k - b_count + 1); i <= std::min(k, a_count - 1); ++i) {
-            column += ub8{a.data_part[i]} * b.data_part[k - i];
+    ub8 columns[2 * calc::max_limbs];
+    if (a_count <= calc::max_number_limbs && b_count <= calc::max_number_limbs) {
+        multiply_numbers(a, b, columns);
+    } else {
+        std::fill_n(columns, count, 0);
+        for (int i = 0; i < a_count; ++i) {
+            for (int j = 0; j < b_count; ++j)
+                columns[i + j] += ub8{a.data_part[i]} * b.data_part[j];
         }
-        product[k] = static_cast<ub4>(column % limb_base);
-        column /= limb_base;
     }
-    product[count - 1] = static_cast<ub4>(column);
+    // What exceeds 40 limbs is cut off.
     const int cut = std::max(0, count - calc::max_limbs);
-    std::copy(product + cut, product + count, result->data_part);
+    ub8 carry = 0;
+    for (int k = 0; k < count; ++k) {
+        const ub8 column = columns[k] + carry;
+        carry = column / limb_base;
+        if (k >= cut) result->data_part[k - cut] = static_cast<ub4>(column - carry * limb_base);
+    }
     calc::set_trimmed(*result, negative, end_pos + cut, count - cut);
     return OCI_SUCCESS;
 }

@@ -20,7 +20,8 @@ inline constexpr u64 limb_base_2 = u64{limb_base} * limb_base;
 // limbs than 20 base-100 digits take, or positions out of their range.
 inline bool read(Decimal &d, const QZCICalcNumber &n) {
     const int count = limb_count(n);
-    if (count > max_number_limbs || n.start_pos > max_number_pos || n.start_pos < min_number_pos)
+    if (count < 1 || count > max_number_limbs || n.data_part[count - 1] == 0 ||
+        n.start_pos > max_number_pos || n.start_pos < min_number_pos)
         return false;
     d.pos = n.end_pos;
     d.negative = is_negative(n);
@@ -51,8 +52,10 @@ inline bool distance_to_one(Decimal &r, const Decimal &d) {
     return true;
 }
 
-// Relative error below 2^-real_bits<N>: the power of ten is cut off by 1 ulp at most,
+// Relative error below 2^-operand_bits<N>: the power of ten is cut off by 1 ulp at most,
 // the product by less than 1 after normalization.
+template <int N>
+inline constexpr int operand_bits = 64 * N - 3;
 template <int N>
 inline void to_real(Real<N> &r, const Decimal &d) {
     r.negative = d.negative;

@@ -41,6 +41,16 @@ inline bool is_logarithm(const QZCICalcNumber &n) { return n.num_infinity == log
 // operands that is a logarithm before it divides.
 void expand_logarithm(QZCICalcNumber &full, const QZCICalcNumber &n);
 
+// How many base-100 digits a top limb has.
+inline int top_digits(ub4 limb) {
+    return limb < 100 ? 1 : limb < 10000 ? 2 : limb < 1000000 ? 3 : 4;
+}
+
+// Whether |n| >= limit, for n finite and not zero, 1 <= limit < 10^8.
+inline bool magnitude_at_least(const QZCICalcNumber &n, ub4 limit) {
+    return n.start_pos > 0 || (n.start_pos == 0 && n.data_part[limb_count(n) - 1] >= limit);
+}
+
 inline void set_zero(QZCICalcNumber &n) {
     n.data_part[0] = 0;
     n.num_signed = 1;

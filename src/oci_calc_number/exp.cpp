@@ -24,11 +24,11 @@ void to_signed_fixed(u64 *t, const Real<N> &x) {
 }  // namespace
 
 // x = k ln 2 + i/2^8 + j/2^16 + r with r < 2^-16: e^x = 2^k e^(i/2^8) e^(j/2^16) e^r.
-// Errors, in ulps of a result in [1/2, 1): 2^9 + 1 for x - k ln 2 (ln 2 is cut off,
-// |k| < 2^10, and x itself); tables 1 + 1, three products 5 each, Taylor's
-// series 8. Below 2^11 ulps of 2^-256: 2^-exp_bits with x's own error.
-void exp(Fast &r, const Fast &x) {
-    constexpr int N = fast_limbs;
+// Errors, in ulps of a mantissa in [1/2, 1): 2^9 + 1 in x - k ln 2 (ln 2 is cut off,
+// |k| < 2^10), 1 in each table, 2N in each of three products, and 2^12 from the error of x:
+// 2^13, below 2^-exp_bits.
+template <int N>
+void exp(Real<N> &r, const Real<N> &x) {
     Limbs<N + 1> t;
     if (is_zero(x))
         clear<N + 1>(t);
@@ -53,24 +53,28 @@ void exp(Fast &r, const Fast &x) {
 
     const u64 i = t[N - 1] >> 56, j = t[N - 1] >> 48 & 0xff;
     t[N - 1] &= (u64{1} << 48) - 1;
-    // e^r - 1 = r + r (r (1/2 + r/6 + ...)); the first missing term is below 2^-264.
+    // e^r - 1 = r + r (r (1/2 + r/6 + ...)) up to r^10 or r^14; the first missing term is
+    // below 2^-201 or 2^-280.
     Limbs<N> p, q;
-    horner<N, 16, false, 12>(p, t, exp_coefficient);
+    horner<N, 16, false, N == 3 ? 8 : 12>(p, t, exp_coefficient);
     mul_high<N>(p, p, t);
     mul_high<N>(p, p, t);
     add<N>(p, p, t);
     // (1 + low) (1 + p) - 1
-    mul_high<N>(q, exp_low[j], p);
+    mul_high<N>(q, exp_low[j] + 4 - N, p);
     add<N>(p, p, q);
-    add<N>(p, p, exp_low[j]);
-    mul_high<N>(q, exp_high[i], p);
-    add<N>(q, q, exp_high[i]);
+    add<N>(p, p, exp_low[j] + 4 - N);
+    mul_high<N>(q, exp_high[i] + 4 - N, p);
+    add<N>(q, q, exp_high[i] + 4 - N);
     set_fraction<N>(r, q, k + 1, false);
 }
 
+template void exp<3>(Real<3> &, const Real<3> &);
+template void exp<4>(Real<4> &, const Real<4> &);
+
 // x = k ln 2 + r, |r| < 1; Taylor's series for r / 2^20, then 20 squarings. Errors: the
 // reduction 2^-1008, the series' 50 terms of 3 operations 2^-1007, which the squarings
-// multiply by 2^20 and to which they add as much: below 2^-exp_wide_bits, with an error
+// multiply by 2^20 and to which they add as much: below 2^-exp_bits, with an error
 // of x below 2^-990.
 void exp(Wide &r, const Wide &x) {
     constexpr int halvings = 20;
@@ -113,22 +117,18 @@ sword QZCICalcNumExp(const QZCICalcNumber *operand, QZCICalcNumber *result) {
             set_infinity(*result, false);
     } else if (!read(x, *operand)) {
         return OCI_ERROR;
+    } else if (magnitude_at_least(*operand, 512)) {
+        if (x.negative)  // e^512 > 10^222
+            set_zero(*result);
+        else
+            set_infinity(*result, false);
     } else {
-        Fast t, r;
-        to_real(t, x);
-        if (t.exp > 9) {  // |x| >= 512: e^512 > 10^222
-            if (x.negative)
-                set_zero(*result);
-            else
-                set_infinity(*result, false);
-            return OCI_SUCCESS;
-        }
-        exp(r, t);
-        if (round_to_record(*result, r, exp_bits)) return OCI_SUCCESS;
-        Wide wide_t, wide_r;
-        to_real(wide_t, x);
-        exp(wide_r, wide_t);
-        round_to_record(*result, wide_r, exp_wide_bits, Undecided::nearest);
+        round_by_passes(*result, [&x]<int N>(Real<N> &r) {
+            Real<N> t;
+            to_real(t, x);
+            exp(r, t);
+            return exp_bits<N>;
+        });
     }
     return OCI_SUCCESS;
 }

@@ -9,10 +9,10 @@ namespace {
 enum class Hyperbolic { sine, cosine, tangent };
 
 // The function's value, and the bits of its relative error: e^x's and a division's, and
-// what the difference cancels. x.exp <= 8 for the tangent, which takes e^2x.
+// what the difference cancels. |x| < 512, for the tangent |x| < 64.
 template <int N>
 int evaluate(Real<N> &r, Hyperbolic function, const Decimal &x) {
-    constexpr int bits = (N == fast_limbs ? exp_bits : exp_wide_bits) - 3;
+    constexpr int bits = exp_bits<N> - 3;
     Real<N> e, t, one;
     to_real(t, x);
     t.negative = false;
@@ -53,22 +53,17 @@ sword compute(QZCICalcNumber &result, Hyperbolic function, const QZCICalcNumber 
     }
     Decimal x = {};
     if (!is_infinite(operand) && !read(x, operand)) return OCI_ERROR;
-    Fast fast;
-    to_real(fast, x);
     // tanh x = 1 - 2 e^-2x ...: from 64 on less than 10^-55 below 1. e^512 > 10^222.
-    if (function == Hyperbolic::tangent && (is_infinite(operand) || fast.exp > 6)) {
-        set_small(result, negative, 1);
-        return OCI_SUCCESS;
-    }
-    if (is_infinite(operand) || fast.exp > 9) {
+    const ub4 limit = function == Hyperbolic::tangent ? 64 : 512;
+    if (is_infinite(operand) || magnitude_at_least(operand, limit)) {
+        if (function == Hyperbolic::tangent) {
+            set_small(result, negative, 1);
+            return OCI_SUCCESS;
+        }
         set_infinity(result, negative && function == Hyperbolic::sine);
         return OCI_SUCCESS;
     }
-    const int bits = evaluate(fast, function, x);
-    if (!is_zero(fast) && round_to_record(result, fast, bits)) return OCI_SUCCESS;
-    Wide wide;
-    const int wide_bits = evaluate(wide, function, x);
-    round_to_record(result, wide, wide_bits, Undecided::nearest);
+    round_by_passes(result, [&](auto &r) { return evaluate(r, function, x); });
     return OCI_SUCCESS;
 }
 

@@ -1,7 +1,6 @@
-// The elementary functions on binary values, as fast kernels of 4 limbs (the logarithm
-// of 4 or 8) over tables, and as wide ones of 16 limbs over plain series. The constant
-// beside each is its error bound: the relative error of a result that does not cancel
-// is below 2^-bits.
+// The elementary functions on binary values: kernels of 3 and 4 limbs (the logarithm's of
+// 8 too) over tables, and wide ones of 16 limbs over plain series. The constant beside each
+// is its error bound: the relative error of a result is below 2^-bits.
 #pragma once
 
 #include "oci_calc_number/decimal.h"
@@ -9,23 +8,25 @@
 
 namespace calc {
 
-inline constexpr int fast_limbs = 4;
 inline constexpr int ln_limbs = 8;
 inline constexpr int wide_limbs = 16;
-using Fast = Real<fast_limbs>;
 using Wide = Real<wide_limbs>;
 
-// e^x for |x| < exp_limit_x, x with an absolute error below 2^-exp_bits of its own.
-inline constexpr int exp_limit_x = 512;
-inline constexpr int exp_bits = 240;
-inline constexpr int exp_wide_bits = 980;
-void exp(Fast &r, const Fast &x);
+// The bound of a kernel: `lost` of the bits of N limbs, or `wide` in the wide pass.
+constexpr int kernel_bits(int n, int lost, int wide) {
+    return n == wide_limbs ? wide : 64 * n - lost;
+}
+
+// e^x for |x| < 512; an error of x below 2^-operand_bits is counted in.
+template <int N>
+inline constexpr int exp_bits = kernel_bits(N, 16, 980);
+template <int N>
+void exp(Real<N> &r, const Real<N> &x);
 void exp(Wide &r, const Wide &x);
 
-// ln x for an operand x > 0 other than 1. N is 4 or 8.
+// ln x for an operand x > 0 other than 1.
 template <int N>
-inline constexpr int ln_bits = 64 * N - 40;
-inline constexpr int ln_wide_bits = 840;
+inline constexpr int ln_bits = kernel_bits(N, 40, 840);
 template <int N>
 void ln(Real<N> &r, const Decimal &x);
 void ln(Wide &r, const Decimal &x);
@@ -43,17 +44,19 @@ void reduce(Angle<N> &angle, const Decimal &x);
 // sine and cosine of the angle f * pi/2, each when its pointer is not null: absolute errors
 // below 2^-sin_cos_bits, not relative ones, for f within 2 ulps.
 template <int N>
-inline constexpr int sin_cos_bits = 64 * N - 10;
-void sin_cos(Fast *s, Fast *c, const Angle<fast_limbs> &angle);
+inline constexpr int sin_cos_bits = kernel_bits(N, 10, 1000);
+template <int N>
+void sin_cos(Real<N> *s, Real<N> *c, const Angle<N> &angle);
 void sin_cos(Wide *s, Wide *c, const Angle<wide_limbs> &angle);
 
 // Both for r radians, 0 < r < 1, with relative errors below 2^-1000.
 void sin_cos_radians(Wide &s, Wide &c, const Wide &r);
 
 // The angle in (0, pi/2) of the point (x, y), both positive.
-inline constexpr int atan_bits = 224;
-inline constexpr int atan_wide_bits = 950;
-void atan_quotient(Fast &r, const Fast &y, const Fast &x);
+template <int N>
+inline constexpr int atan_bits = kernel_bits(N, 32, 950);
+template <int N>
+void atan_quotient(Real<N> &r, const Real<N> &y, const Real<N> &x);
 void atan_quotient(Wide &r, const Wide &y, const Wide &x);
 
 }  // namespace calc

@@ -65,10 +65,9 @@ void ln_level(u64 *r, u64 *sum, const u64 (*level)[9]) {
 }  // namespace
 
 // x = 2^k a, 1 <= a < 2: five levels of tables turn a into 1 + r, r < 2^-35, and a series
-// gives ln(1 + r). Errors in ulps of 2^-64N: 4 in the operand, 1 in the first level's
-// shift, 2 for each level, N + 5 in the series, |k| < 2^9 in k ln 2. Below 2^5 ulps for
-// k = 0, -1, 1, where the sum is at least 2^-28, else below 2^10 in a sum above |k| / 4:
-// below 2^-ln_bits.
+// gives ln(1 + r). Errors in ulps of 2^-64N: 8 from the operand, 2 in each level, 2N + 1 in
+// the series, |k| < 2^9 in k ln 2. Below 2^6 ulps for k = 0 and -1, where the sum is at
+// least 2^-28, else below 2^6 + |k| in a sum above |k| / 4: below 2^-ln_bits.
 template <int N>
 void ln(Real<N> &r, const Decimal &x) {
     Real<N> a;
@@ -114,12 +113,13 @@ void ln(Real<N> &r, const Decimal &x) {
     r.negative = negative;
 }
 
-template void ln<fast_limbs>(Real<fast_limbs> &, const Decimal &);
+template void ln<3>(Real<3> &, const Decimal &);
+template void ln<4>(Real<4> &, const Decimal &);
 template void ln<ln_limbs>(Real<ln_limbs> &, const Decimal &);
 
 // One step of Halley's iteration y + 2 (x - e^y) / (x + e^y) from the ln of 8 limbs:
 // its error e becomes e^3 / 12 < 2^-1400. e^y has an absolute error below 2^-980 x, of
-// a logarithm that is at least 10^-40: below 2^-ln_wide_bits.
+// a logarithm that is at least 10^-40: below 2^-ln_bits.
 void ln(Wide &r, const Decimal &x) {
     Real<ln_limbs> start;
     ln(start, x);
@@ -179,13 +179,10 @@ sword QZCICalcNumLn(const QZCICalcNumber *operand, QZCICalcNumber *result) {
     for (int i = 0; i < count; ++i) result->data_part[kept_limbs + i] = operand->data_part[i];
     result->data_part[kept_count] = static_cast<ub4>(count);
     result->data_part[kept_pos] = static_cast<ub4>(x.pos - min_power);
-    Fast fast;
-    ln(fast, x);
-    if (!round_to_record(*result, fast, ln_bits<fast_limbs>)) {
-        Real<ln_limbs> r;
+    round_by_passes(*result, [&x]<int N>(Real<N> &r) {
         ln(r, x);
-        round_to_record(*result, r, ln_bits<ln_limbs>, Undecided::nearest);
-    }
+        return ln_bits<N>;
+    });
     result->num_infinity = logarithm_mark;
     return OCI_SUCCESS;
 }

@@ -64,7 +64,7 @@ bool exact_root(u64 *root, const u64 *m, u64 n) {
 
 // Whether |x|^y is exactly `tie`. With y = p/q in lowest terms x^p = tie^q: the exponents
 // of 2 and 5 agree, and the rest of x is z^q, that of tie z^p, for one integer z. As x has
-// 40 digits, z > 1 allows q <= 84, and z = 1 leaves q to divide exponents below 2^10; so q,
+// 40 digits, z > 1 allows q <= 84, and z = 1 leaves q to divide exponents below 2^9; so q,
 // whose primes are 2 and 5, divides 10^8, and y has at most 8 decimals.
 bool is_power(const Decimal &x, const Decimal &y, const Decimal &tie) {
     if (y.pos < -1 || y.pos > 0 || (y.m[1] | y.m[2]) != 0) return false;
@@ -88,14 +88,12 @@ bool is_power(const Decimal &x, const Decimal &y, const Decimal &tie) {
 // digit more. 41 digits fit Decimal's 48.
 bool tie_above(Decimal &tie, const QZCICalcNumber &down) {
     if (down.is_zero || is_infinite(down) || !read(tie, down)) return false;
-    const ub4 top = down.data_part[limb_count(down) - 1];
-    const int top_digits = top < 100 ? 1 : top < 10000 ? 2 : top < 1000000 ? 3 : 4;
-    // The 21st digit stands in the fifth limb below the top one, or in the sixth's place
-    // when the top limb has one digit: as the (top_digits)-th from its right end.
+    // The 21st digit stands in the fifth limb below the top one; the more digits the top
+    // limb has, the further from that limb's right end.
     const int tie_pos = down.start_pos - 5;
     for (; tie.pos > tie_pos; --tie.pos) mul_1<3>(tie.m, tie.m, limb_base);
     u64 half = 50;
-    for (int i = 1; i < top_digits; ++i) half *= 100;
+    for (int i = top_digits(down.data_part[limb_count(down) - 1]); i > 1; --i) half *= 100;
     add_1<3>(tie.m, tie.m, half);
     return true;
 }
@@ -106,9 +104,9 @@ sword power(QZCICalcNumber &result, const Decimal &x, const Decimal &y, bool neg
     magnitude.negative = false;
     // t = y ln x: the logarithm's relative error and 2 more of 2^-real_bits, times
     // |t| < 2^9, give the result's.
-    constexpr int bits = ln_bits<fast_limbs> - 9 - 2;
-    static_assert(bits < exp_bits - 1);
-    Fast t, f;
+    constexpr int bits = ln_bits<4> - 9 - 2;
+    static_assert(bits < exp_bits<4> - 1);
+    Real<4> t, f;
     ln(t, magnitude);
     to_real(f, y);
     mul(t, t, f);
@@ -136,7 +134,7 @@ sword power(QZCICalcNumber &result, const Decimal &x, const Decimal &y, bool neg
     mul(wide_t, wide_t, wide_f);
     exp(wide_f, wide_t);
     wide_f.negative = negative;
-    constexpr int wide_bits = ln_wide_bits - 9 - 2;
+    constexpr int wide_bits = ln_bits<wide_limbs> - 9 - 2;
     round_to_record(result, wide_f, wide_bits, Undecided::nearest);
     return OCI_SUCCESS;
 }

@@ -284,9 +284,10 @@ __attribute__((noinline)) void sqrt(Real<N> &r, const Real<N> &a) {
     const int half_exp = (a.exp - odd) / 2;
     Real<N> x = a;
     x.exp = odd;
-    Real<N / 2> narrow, start;
+    constexpr int Half = (N + 1) / 2;
+    Real<Half> narrow, start;
     set_width(narrow, x);
-    reciprocal_sqrt<N / 2>(start, narrow);
+    reciprocal_sqrt<Half>(start, narrow);
     Real<N> y, s, t;
     set_width(y, start);
     mul(s, x, y);

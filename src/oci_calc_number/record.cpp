@@ -2,11 +2,11 @@
 //
 // Both directions work on 24 base-100 digits in three 64-bit words, one digit a byte,
 // the first digit in the top byte of the first word. Two limbs make one word.
-#include <array>
 #include <bit>
 #include <cstring>
 
 #include "number_bytes.h"
+#include "oci_calc_number/digit_lanes.h"
 #include "oci_calc_number/engine.h"
 
 namespace {
@@ -37,48 +37,30 @@ inline void store_half(ub1 *p, ub8 x) {
     std::memcpy(p, &half, sizeof half);
 }
 
-// 255 in the first `count` of 20 bytes: the bytes from index 20 - count on.
-constexpr auto keep_bytes = [] {
-    std::array<ub1, 2 * number_bytes::max_digits> keep{};
-    for (unsigned i = 0; i < number_bytes::max_digits; ++i) keep[i] = 255;
-    return keep;
-}();
-
-// x with the bytes that `keep` clears turned into `filler`.
-inline ub8 fill(ub8 x, ub8 keep, ub8 filler) { return ((x ^ filler) & keep) ^ filler; }
-
-// Digit bytes to digits; a byte out of its range shows as a digit of 100 or more, at
-// least in the lowest such byte, whose neighbours below borrow nothing from it.
-inline ub8 decode(ub8 x, bool negative) {
-    return negative ? in_every_byte(101) - x : x - in_every_byte(1);
+// The first `count` digit bytes of a word, 1 to 8, and `filler` behind them.
+inline ub8 fill(ub8 x, unsigned count, ub8 filler) {
+    const ub8 keep = ~ub8{0} << (64 - 8 * count);
+    return ((x ^ filler) & keep) ^ filler;
 }
-inline ub8 encode(ub8 x, bool negative) {
-    return negative ? in_every_byte(101) - x : x + in_every_byte(1);
+
+// Turns digit bytes into digits and back: (x ^ flip) + offset is x - 1 or 101 - x, and
+// x + 1 or 101 - x, in every byte. A digit byte out of its range becomes a digit of 100
+// or more, at least the lowest such byte, whose neighbours below borrow nothing from it.
+struct Coding {
+    ub8 flip;
+    ub8 offset;
+    ub8 operator()(ub8 x) const { return (x ^ flip) + offset; }
+};
+constexpr ub8 complement_offset = in_every_byte(101) + 1;  // 101 - x is ~x + 1 + 101
+inline Coding decoding(bool negative) {
+    return negative ? Coding{~ub8{0}, complement_offset} : Coding{0, ~in_every_byte(1) + 1};
+}
+inline Coding encoding(bool negative) {
+    return negative ? Coding{~ub8{0}, complement_offset} : Coding{0, in_every_byte(1)};
 }
 
 // Non-zero exactly when the lowest byte above 99 exists.
 inline ub8 above_99(ub8 x) { return (x | (x + in_every_byte(28))) & in_every_byte(128); }
-
-// Eight digits to two limbs: pairs of bytes, then pairs of 16-bit lanes.
-inline ub8 join_digits(ub8 x) {
-    constexpr ub8 bytes = 0x00FF00FF00FF00FF;
-    constexpr ub8 lanes = 0x0000FFFF0000FFFF;
-    x = (x & bytes) + 100 * (x >> 8 & bytes);
-    return (x & lanes) + 10000 * (x >> 16 & lanes);
-}
-
-// Two limbs to eight digits. Splitting v into q = v / b and r = v % b with q in the
-// upper half of the lane, that is q * B + r, adds q * (B - b) to v.
-inline ub8 split_limbs(ub4 high, ub4 low) {
-    constexpr ub8 lanes = 0x0000FFFF0000FFFF;
-    constexpr ub8 quotients = 0x0000007F0000007F;
-    ub8 x = ub8{high} << 32 | low;
-    x += (ub8{high / 10000} << 32 | low / 10000) * (65536 - 10000);
-    // v / 100 is v * 5243 >> 19 for v below 10^4.
-    const ub8 even = (x & lanes) * 5243 >> 19 & quotients;
-    const ub8 odd = (x >> 16 & lanes) * 5243 >> 19 & quotients;
-    return x + (odd << 16 | even) * (256 - 100);
-}
 
 // high:low shifted right or left by bits < 64, one word of it.
 inline ub8 shift_in_right(ub8 high, ub8 low, int bits) {
@@ -89,18 +71,41 @@ inline ub8 shift_in_left(ub8 high, ub8 low, int bits) {
 }
 
 // Number of digits up to the last one that is not zero; there is one.
-inline unsigned significant(ub8 first, ub8 second, ub8 third) {
-    const auto upto = [](ub8 x) { return 8 - static_cast<unsigned>(std::countr_zero(x)) / 8; };
-    if (third != 0) return 16 + upto(third);
-    return second != 0 ? 8 + upto(second) : upto(first);
+inline unsigned significant(const ub8 *digits) {
+    unsigned last = 2;
+    while (digits[last] == 0) --last;
+    return 8 * (last + 1) - static_cast<unsigned>(std::countr_zero(digits[last])) / 8;
+}
+
+// Writes two limbs.
+inline void store_limbs(ub4 *limbs, ub8 x) {
+    limbs[0] = static_cast<ub4>(x);
+    limbs[1] = static_cast<ub4>(x >> 32);
 }
 
 // Half of the weight of the last digit kept in the sixth limb, by the number of digits
 // in the top limb.
 constexpr ub4 half_units[] = {0, 50, 5000, 500000, 50000000};
 
-constexpr int digits_in(ub4 top_limb) {
+inline int digits_in(ub4 top_limb) {
     return 1 + (top_limb >= 100) + (top_limb >= 10000) + (top_limb >= 1000000);
+}
+
+// Carries a unit out of the third word, which is 10^8 or more in its upper limb, into
+// the limbs above. Returns true when it runs over the top: the value is then a power of
+// 10^8, which takes 10^8 in the first limb for 1 in the limb above it.
+bool carry_up(ub8 *words) {
+    constexpr ub8 low_limb = 0xFFFFFFFF;
+    words[2] -= ub8{calc::limb_base} << 32;
+    for (int i = 1; i >= 0; --i) {
+        if ((++words[i] & low_limb) < calc::limb_base) return false;
+        words[i] += (ub8{1} << 32) - calc::limb_base;
+        if (words[i] >> 32 < calc::limb_base) return false;
+        if (i > 0) words[i] -= ub8{calc::limb_base} << 32;
+    }
+    words[0] = ub8{1} << 32;
+    words[2] = 0;  // the digits to be cut off would move into sight
+    return true;
 }
 
 }  // namespace
@@ -121,31 +126,48 @@ extern "C" sword QZCICalcNumFromNumber(QZCICalcNumber *out, const OCINumber *in)
         return OCI_SUCCESS;
     }
     const ub1 *const bytes = in->OCINumberPart + 2;
-    const ub1 *const keep = keep_bytes.data() + max_digits - count;
-    const ub8 zero_digit = in_every_byte(negative ? 101 : 1);
-    const ub8 first = decode(fill(load(bytes), load(keep), zero_digit), negative);
-    const ub8 second = decode(fill(load(bytes + 8), load(keep + 8), zero_digit), negative);
-    const ub8 third =
-        decode(fill(load_half(bytes + 16), load_half(keep + 16), zero_digit), negative);
-    if ((above_99(first) | above_99(second) | above_99(third)) != 0) {
+    const ub8 zero_digits = in_every_byte(negative ? 101 : 1);
+    const Coding decode = decoding(negative);
+    ub8 first = load(bytes), second = zero_digits, third = zero_digits;
+    if (count > 16) {
+        second = load(bytes + 8);
+        third = fill(load_half(bytes + 16), count - 16, zero_digits);
+    } else if (count > 8) {
+        second = fill(load(bytes + 8), count - 8, zero_digits);
+    } else {
+        first = fill(first, count, zero_digits);
+    }
+    first = decode(first);
+    second = decode(second);
+    third = decode(third);
+    if ((above_99(first) | above_99(second) | above_99(third)) != 0) [[unlikely]] {
         if (!is_positive_infinity(*in)) return OCI_ERROR;
         calc::set_infinity(*out, false);
         return OCI_SUCCESS;
     }
 
-    // Align: the first digit of a limb has a power of 100 that is 3 modulo 4.
+    // Moved back so that the last limb fills the lower half of the last word: the first
+    // digit of a limb has a power of 100 that is 3 modulo 4.
     const int exponent = real_exponent(in->OCINumberPart[1]);
     const int skip = 3 - (exponent & 3);
-    const int bits = 8 * skip;
-    const ub8 limbs[3] = {join_digits(first >> bits),
-                          join_digits(shift_in_right(first, second, bits)),
-                          join_digits(shift_in_right(second, third, bits))};
     const int used = (skip + static_cast<int>(count) + 3) / 4;
-    for (int i = 0; i < used; ++i) {
-        out->data_part[used - 1 - i] = static_cast<ub4>(limbs[i / 2] >> (i % 2 != 0 ? 0 : 32));
+    const int bits = 8 * skip + 32 * (used & 1);
+    ub4 *const limbs = out->data_part;
+    const ub8 top = first >> bits;
+    if (used > 4) {
+        const calc::TwoWords low = calc::join_digits(
+            {shift_in_right(first, second, bits), shift_in_right(second, third, bits)});
+        store_limbs(limbs, low.low);
+        store_limbs(limbs + 2, low.high);
+        store_limbs(limbs + 4, calc::join_digits({0, top}).low);
+    } else {
+        // With up to two limbs the lower word lies behind the digits.
+        const calc::TwoWords both = calc::join_digits({top, shift_in_right(first, second, bits)});
+        if (used > 2) store_limbs(limbs, both.low);
+        store_limbs(limbs + (used > 2 ? 2 : 0), both.high);
     }
     const int end_pos = (exponent >> 2) - used + 1;
-    if (out->data_part[0] == 0 || out->data_part[used - 1] == 0) {
+    if (first >> 56 == 0 || out->data_part[0] == 0) [[unlikely]] {
         calc::set_trimmed(*out, negative, end_pos, used);
     } else {
         calc::set_frame(*out, negative, end_pos, used);
@@ -165,27 +187,23 @@ extern "C" sword QZCICalcNumToNumber(const QZCICalcNumber *in, OCINumber *out) {
     }
 
     // The 20 digits and the first one behind them lie in the top six limbs.
-    constexpr int kept = calc::max_number_limbs;
     const int count = calc::limb_count(*in);
-    ub4 limbs[kept];
-    for (int i = 0; i < kept; ++i) limbs[i] = i < count ? in->data_part[count - 1 - i] : 0;
+    const ub4 *const top = in->data_part + count;
+    ub8 words[3] = {};
+    for (int i = 0; i < 3 && 2 * i < count; ++i) {
+        words[i] = ub8{top[-1 - 2 * i]} << 32;
+        if (2 * i + 1 < count) words[i] |= top[-2 - 2 * i];
+    }
 
     int pos = in->start_pos;
-    int top_digits = digits_in(limbs[0]);
+    int top_digits = digits_in(static_cast<ub4>(words[0] >> 32));
     // Half away from zero; the digits behind the last one kept are cut off below.
-    limbs[kept - 1] += half_units[top_digits];
-    if (limbs[kept - 1] >= calc::limb_base) {
-        int i = kept - 1;
-        for (; i > 0 && limbs[i] >= calc::limb_base; --i) {
-            limbs[i] -= calc::limb_base;
-            ++limbs[i - 1];
-        }
-        if (limbs[0] >= calc::limb_base) {
-            limbs[0] = 1;  // all others are 0 but for the digits to be cut off
-            limbs[kept - 1] = 0;
-            ++pos;
-        }
-        top_digits = digits_in(limbs[0]);
+    words[2] += half_units[top_digits];
+    words[2] +=
+        static_cast<ub4>(words[2]) >= calc::limb_base ? (ub8{1} << 32) - calc::limb_base : 0;
+    if (words[2] >> 32 >= calc::limb_base) [[unlikely]] {
+        pos += carry_up(words);
+        top_digits = digits_in(static_cast<ub4>(words[0] >> 32));
     }
     const int exponent = 4 * pos + top_digits - 1;
     if (exponent > number_bytes::max_exponent) {
@@ -197,16 +215,16 @@ extern "C" sword QZCICalcNumToNumber(const QZCICalcNumber *in, OCINumber *out) {
         return OCI_SUCCESS;
     }
 
-    const ub8 first = split_limbs(limbs[0], limbs[1]);
-    const ub8 second = split_limbs(limbs[2], limbs[3]);
-    const ub8 third = split_limbs(limbs[4], limbs[5]);
+    const auto [first, second] = calc::split_limbs({words[0], words[1]});
+    const ub8 third = words[2] != 0 ? calc::split_limbs({0, words[2]}).low : 0;
     const int bits = 8 * (4 - top_digits);
     const ub8 digits[3] = {shift_in_left(first, second, bits), shift_in_left(second, third, bits),
                            third << bits >> 32 << 32};
+    const Coding encode = encoding(negative);
     ub1 *const bytes = out->OCINumberPart + 2;
-    store(bytes, encode(digits[0], negative));
-    store(bytes + 8, encode(digits[1], negative));
-    store_half(bytes + 16, encode(digits[2], negative));
-    number_bytes::set_frame(*out, negative, exponent, significant(digits[0], digits[1], digits[2]));
+    store(bytes, encode(digits[0]));
+    store(bytes + 8, encode(digits[1]));
+    store_half(bytes + 16, encode(digits[2]));
+    number_bytes::set_frame(*out, negative, exponent, significant(digits));
     return OCI_SUCCESS;
 }

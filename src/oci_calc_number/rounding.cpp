@@ -8,10 +8,10 @@ namespace {
 constexpr u64 power_of_100[] = {1, 100, 10000, 1000000, 100000000};
 
 // v = (top + fraction / 2^(64N)) * 10^(8 pos) with 1 <= top < 10^8, within a relative
-// error of 2^-scale_bits<N>: the power of ten is cut off by 1 ulp, the product by N + 1
-// ulps at a mantissa of 1/4 or more.
+// error of 2^-scale_bits<N>: the power of ten is cut off by 1 ulp, the product by 2N ulps at
+// a mantissa of 1/4 or more. top is 0 for a value within that error below 10^(8 pos).
 template <int N>
-inline constexpr int scale_bits = 64 * N - 7;
+inline constexpr int scale_bits = 64 * N - 8;
 
 template <int N>
 struct Scaled {
@@ -23,22 +23,21 @@ struct Scaled {
 // v.exp lies within the range checked by round_to_record.
 template <int N>
 void scale(Scaled<N> &s, const Real<N> &v) {
-    // 78913 / 2^18 is log10(2): the position of 2^(exp - 1), or one off it.
+    // 78913 / 2^18 is log10(2): the position of 2^(exp - 1), which is v's or 1 below it.
     s.pos = (v.exp - 1) * 78913 >> 21;
-    for (;;) {
+    for (bool raised = false;;) {
         Limbs<N> product;
         mul_high<N>(product, v.m, power_mantissa[-s.pos - min_power] + 16 - N);
-        const int exp = v.exp + power_exp(-s.pos);  // 0 to 28 and a little
-        if (exp > 0 && exp < 32) {
-            s.top = static_cast<ub4>(product[N - 1] >> (64 - exp));
-            if (s.top >= 1 && s.top < limb_base) {
-                shift_left<N>(s.fraction, product, exp);
-                return;
-            }
-        } else {
-            s.top = 0;
+        const int exp = v.exp + power_exp(-s.pos);  // 0 to 29
+        s.top = exp == 0 ? 0 : static_cast<ub4>(product[N - 1] >> (64 - exp));
+        // v/10^(8 pos) may be just below 1 by the truncations alone: once raised, the
+        // position is not lowered again.
+        if (s.top < limb_base && (s.top > 0 || raised)) {
+            shift_left<N>(s.fraction, product, exp);
+            return;
         }
-        s.pos += s.top == 0 ? -1 : 1;
+        raised = s.top > 0;
+        s.pos += raised ? 1 : -1;
     }
 }
 
@@ -69,8 +68,8 @@ bool round_to_record(QZCICalcNumber &result, const Real<N> &v, int bits, Undecid
     Scaled<N> s;
     scale(s, v);
     // The top limb's base-100 digits, and the units of the last of 20 digits.
-    const int top_digits = s.top < 100 ? 1 : s.top < 10000 ? 2 : s.top < 1000000 ? 3 : 4;
-    const u64 last_base = power_of_100[4 - top_digits];
+    const int first = top_digits(s.top);
+    const u64 last_base = power_of_100[4 - first];
     u64 *const f = s.fraction;
     u64 pair1 = mul_1<N>(f, f, limb_base_2);
     u64 pair2 = mul_1<N>(f, f, limb_base_2);
@@ -107,7 +106,7 @@ bool round_to_record(QZCICalcNumber &result, const Real<N> &v, int bits, Undecid
         }
     }
     ub4 *const limb = result.data_part;
-    limb[0] = static_cast<ub4>(last * power_of_100[top_digits]);
+    limb[0] = static_cast<ub4>(last * power_of_100[first]);
     put_pair(limb + 1, pair2);
     put_pair(limb + 3, pair1);
     limb[5] = s.top;
@@ -128,6 +127,7 @@ void truncate_to_record(QZCICalcNumber &result, const Real<N> &v, int count) {
     set_trimmed(result, v.negative, s.pos - count + 1, count);
 }
 
+template bool round_to_record<3>(QZCICalcNumber &, const Real<3> &, int, Undecided);
 template bool round_to_record<4>(QZCICalcNumber &, const Real<4> &, int, Undecided);
 template bool round_to_record<8>(QZCICalcNumber &, const Real<8> &, int, Undecided);
 template bool round_to_record<16>(QZCICalcNumber &, const Real<16> &, int, Undecided);

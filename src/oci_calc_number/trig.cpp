@@ -23,41 +23,44 @@ void reduce(Angle<N> &angle, const Decimal &x) {
     copy<N>(angle.f, fraction + 3);
 }
 
-template void reduce<fast_limbs>(Angle<fast_limbs> &, const Decimal &);
+template void reduce<3>(Angle<3> &, const Decimal &);
+template void reduce<4>(Angle<4> &, const Decimal &);
 template void reduce<wide_limbs>(Angle<wide_limbs> &, const Decimal &);
 
 // f = i/2^9 + t: sin(a + d) = sin a - sin a (1 - cos d) + cos a sin d and its like, with
 // a = pi/2 i/2^9 from the table and Taylor's series in t^2 for sin d and 1 - cos d,
 // d = pi/2 t < 2^-8. Above pi/4, sine and cosine change places. Errors in ulps of half the
-// result: table 1, products 5 + 5, series below 2^-8 (8 + 10): 12; 2^6 with f's.
-void sin_cos(Fast *s, Fast *c, const Angle<fast_limbs> &angle) {
-    constexpr int N = fast_limbs;
+// result: table 1, two products 2N each, series 2N each, f 4: 2^6, below 2^-sin_cos_bits.
+template <int N>
+void sin_cos(Real<N> *s, Real<N> *c, const Angle<N> &angle) {
     Limbs<N> t;
     copy<N>(t, angle.f);
     const bool swap = t[N - 1] >> 63 != 0;
     if (swap) negate<N>(t);  // 1 - f
     const u64 *const entry = sin_cos_half[t[N - 1] >> 55];
-    const u64 *const sin_a = entry, *const cos_a = entry + N;
+    const u64 *const sin_a = entry + 4 - N, *const cos_a = entry + 8 - N;
     t[N - 1] &= (u64{1} << 55) - 1;
 
+    // The first missing terms, t^19 and t^20 or t^23 and t^24, are below 2^-215 or 2^-262.
+    constexpr int degree = N == 3 ? 8 : 10;
     Limbs<N> square, sin_d, vers_d;
     mul_high<N>(square, t, t);
-    horner<N, 18, true, 10>(sin_d, square, sine_coefficient);
+    horner<N, 18, true, degree>(sin_d, square, sine_coefficient);
     mul_high<N>(sin_d, sin_d, t);
     shift_left<N>(sin_d, sin_d, 1);
-    horner<N, 18, true, 10>(vers_d, square, versine_coefficient);
+    horner<N, 18, true, degree>(vers_d, square, versine_coefficient);
     mul_high<N>(vers_d, vers_d, square);
     shift_left<N>(vers_d, vers_d, 1);
 
     Limbs<N> sum, p;
-    if (Fast *const sine = swap ? c : s) {
+    if (Real<N> *const sine = swap ? c : s) {
         mul_high<N>(p, sin_a, vers_d);
         sub<N>(sum, sin_a, p);
         mul_high<N>(p, cos_a, sin_d);
         add<N>(sum, sum, p);
         set_fraction<N>(*sine, sum, 1, false);
     }
-    if (Fast *const cosine = swap ? s : c) {
+    if (Real<N> *const cosine = swap ? s : c) {
         mul_high<N>(p, cos_a, vers_d);
         sub<N>(sum, cos_a, p);
         mul_high<N>(p, sin_a, sin_d);
@@ -65,6 +68,9 @@ void sin_cos(Fast *s, Fast *c, const Angle<fast_limbs> &angle) {
         set_fraction<N>(*cosine, sum, 1, false);
     }
 }
+
+template void sin_cos<3>(Real<3> *, Real<3> *, const Angle<3> &);
+template void sin_cos<4>(Real<4> *, Real<4> *, const Angle<4> &);
 
 void sin_cos(Wide *s, Wide *c, const Angle<wide_limbs> &angle) {
     Limbs<wide_limbs> f;
@@ -140,12 +146,7 @@ sword compute(QZCICalcNumber &result, Trig function, const QZCICalcNumber &opera
     }
     Decimal x;
     if (!read(x, operand)) return OCI_ERROR;
-    Fast fast;
-    const int bits = evaluate(fast, function, x);
-    if (!is_zero(fast) && round_to_record(result, fast, bits)) return OCI_SUCCESS;
-    Wide wide;
-    const int wide_bits = evaluate(wide, function, x);
-    round_to_record(result, wide, wide_bits, Undecided::nearest);
+    round_by_passes(result, [&](auto &r) { return evaluate(r, function, x); });
     return OCI_SUCCESS;
 }
 

@@ -11,7 +11,9 @@ using namespace oci_number;
 
 namespace {
 
-bool is_sign_flag(uword flag) { return flag == OCI_NUMBER_UNSIGNED || flag == OCI_NUMBER_SIGNED; }
+bool OCINumberIsSignFlag(uword flag) {
+    return flag == OCI_NUMBER_UNSIGNED || flag == OCI_NUMBER_SIGNED;
+}
 
 sword OCINumberBadIntegerLength(OCIError *err, uword length) {
     return OCINumberSetError(err, 22057, "%s-22057: bad integer length [%u]\n", qzci_oci_prefix(),
@@ -104,7 +106,7 @@ sword OCINumberToIntChecked(OCIError *err, const OCINumber *number, uword rsl_le
 constexpr size_t integer_text_size = 22;
 
 template <class Integer>
-std::to_chars_result print_integer(char *text, const void *inum) {
+std::to_chars_result OCINumberPrintInteger(char *text, const void *inum) {
     Integer value;
     std::memcpy(&value, inum, sizeof value);
     return std::to_chars(text, text + integer_text_size - 1, value);
@@ -134,19 +136,24 @@ sword OCINumberFromIntChecked(OCIError *err, const void *inum, uword inum_length
     std::to_chars_result printed;
     switch (inum_length) {
         case 1:
-            printed = is_unsigned ? print_integer<ub1>(text, inum) : print_integer<sb1>(text, inum);
+            printed = is_unsigned ? OCINumberPrintInteger<ub1>(text, inum)
+                                  : OCINumberPrintInteger<sb1>(text, inum);
             break;
         case 2:
-            printed = is_unsigned ? print_integer<ub2>(text, inum) : print_integer<sb2>(text, inum);
+            printed = is_unsigned ? OCINumberPrintInteger<ub2>(text, inum)
+                                  : OCINumberPrintInteger<sb2>(text, inum);
             break;
         case 4:
-            printed = is_unsigned ? print_integer<ub4>(text, inum) : print_integer<sb4>(text, inum);
+            printed = is_unsigned ? OCINumberPrintInteger<ub4>(text, inum)
+                                  : OCINumberPrintInteger<sb4>(text, inum);
             break;
         case 8:
-            printed = is_unsigned ? print_integer<ub8>(text, inum) : print_integer<sb8>(text, inum);
+            printed = is_unsigned ? OCINumberPrintInteger<ub8>(text, inum)
+                                  : OCINumberPrintInteger<sb8>(text, inum);
             break;
         default: return OCINumberBadIntegerLength(err, inum_length);
     }
+    // No integer's text is longer than 20 characters; a wider one would end here.
     if (printed.ec != std::errc()) {
         return OCI_NUMBER_INTERNAL_FAILURE(err, "buffer is too small in OCINumberFromInt");
     }
@@ -166,7 +173,7 @@ extern "C" sword OCINumberToInt(OCIError *err, const OCINumber *number, uword rs
         "rsl_flag:%d, rsl:%p",
         thread, err, number, static_cast<int>(rsl_length), static_cast<int>(rsl_flag), rsl);
     sword status;
-    if (err == nullptr || number == nullptr || rsl == nullptr || !is_sign_flag(rsl_flag)) {
+    if (err == nullptr || number == nullptr || rsl == nullptr || !OCINumberIsSignFlag(rsl_flag)) {
         constexpr const char *invalid_param =
             "invalid param, err:%p, number:%p, rsl:%p, rsl_flag:%d";
         const int flag = static_cast<int>(rsl_flag);
@@ -194,7 +201,7 @@ extern "C" sword OCINumberFromInt(OCIError *err, const void *inum, uword inum_le
         status = OCINumberError21560(err, 2);
     } else if (inum_length == 0) {
         status = OCINumberError21560(err, 3);
-    } else if (!is_sign_flag(inum_s_flag)) {
+    } else if (!OCINumberIsSignFlag(inum_s_flag)) {
         status = OCINumberError21560(err, 4);
     } else if (number == nullptr) {
         status = OCINumberError21560(err, 5);

@@ -61,31 +61,6 @@ sword OCINumberCheckFourParams(void *err, const void *number1, const void *numbe
 // (err, number, a count that is never refused, result).
 sword OCINumberCheckCountParams(void *err, const void *number, void *result);
 
-// Room for the decimal text of a number where it is rendered.
-inline constexpr sb8 number_text_size = 128;
-
-// Renders a finite number as plain decimal text in the buffer at
-// `*number_raw_str`, of `*number_raw_len` bytes: at most `scale` fraction digits,
-// rounded half away from zero, or all of them when `has_tm` is true; "0" before
-// the point only where it is the only digit. The text is not terminated.
-// On success the two outputs delimit it: it starts at the buffer's first or
-// second byte. Returns the codec's status when it refuses the number, OCI_ERROR
-// when a carry needs a digit that the buffer has no room for; the outputs are
-// untouched then.
-sword OCINumberProcessValue(const OCINumber *number, OraText **number_raw_str, sb8 *number_raw_len,
-                            ub4 scale, boolean has_tm);
-
-// Parses the format model of `*fmt_raw_length` characters at `*fmt_raw`. On
-// success the two designate its body (of "TM" and "TM9": the whole model), and
-// `*scale` is the number of positions behind the body's period. Returns
-// OCI_SUCCESS or OCI_ERROR; the outputs but for `*fmt_raw` and `*fmt_raw_length`
-// are written on both.
-sword OCINumberProcessFormat(const OraText **fmt_raw, ub4 *fmt_raw_length, ub4 *scale,
-                             boolean *has_fm, boolean *has_tm);
-
-// Error 22061: the format model, quoted; nothing in the log. Returns OCI_ERROR.
-sword OCINumberError22061(OCIError *errhp, const OraText *fmt, ub4 fmt_length);
-
 // Indexes into the tables of engine functions.
 enum two_params_calcfunc_index : ub4 {
     OCINumberAddIndex,
@@ -121,5 +96,29 @@ sword OCINumberTwoParamMathCall(OCIError *err, const OCINumber *number1, const O
                                 OCINumber *result, ub4 index, boolean check_zero);
 sword OCINumberOneParamMathCall(OCIError *err, const OCINumber *number, OCINumber *result,
                                 ub4 index);
+// Room for the decimal text of a number where it is rendered.
+inline constexpr sb8 number_text_size = 128;
+
+// Renders a finite number as plain decimal text in the buffer at
+// `*number_raw_str`, of `*number_raw_len` bytes: at most `scale` fraction digits,
+// rounded half away from zero, or all of them when `has_tm` is true; "0" before
+// the point only where it is the only digit. The text is not terminated.
+// On success the two outputs delimit it: it starts at the buffer's first or
+// second byte. Returns the codec's status when it refuses the number, OCI_ERROR
+// when a carry needs a digit that the buffer has no room for; the outputs are
+// untouched then.
+sword OCINumberProcessValue(const OCINumber *number, OraText **number_raw_str, sb8 *number_raw_len,
+                            ub4 scale, boolean has_tm);
+
+// Parses the format model of `*fmt_raw_length` characters at `*fmt_raw`. On
+// success the two designate its body (of "TM" and "TM9": the whole model), and
+// `*scale` is the number of positions behind the body's period. Returns
+// OCI_SUCCESS or OCI_ERROR; the outputs but for `*fmt_raw` and `*fmt_raw_length`
+// are written on both.
+sword OCINumberProcessFormat(const OraText **fmt_raw, ub4 *fmt_raw_length, ub4 *scale,
+                             boolean *has_fm, boolean *has_tm);
+
+// Error 22061: the format model, quoted; nothing in the log. Returns OCI_ERROR.
+sword OCINumberError22061(OCIError *errhp, const OraText *fmt, ub4 fmt_length);
 
 }  // namespace oci_number

@@ -17,7 +17,7 @@ struct Cut {
 
 // Keeps `n` >= 0 significant decimal digits: the first digit may hold one or two.
 Cut OCINumberSignificantCut(const DigitView &digits, sb8 n) {
-    const bool short_first = digits.get(0) < 10;
+    const bool short_first = digits.count > 0 && digits.get(0) < 10;
     const bool odd = n % 2 != 0;
     return {n / 2 + (short_first && odd), short_first != odd};
 }

@@ -20,7 +20,7 @@ void OCINumberTurnSign(const OCINumber &number, OCINumber &result) {
 
 void OCINumberMagnitude(const OCINumber &number, OCINumber &result) {
     if (is_negative_infinity(number)) {
-        set_infinity(result, false);
+        OCINumberSetPInfi(&result);
     } else if (is_negative(number)) {
         OCINumberTurnSign(number, result);
     } else {
@@ -30,9 +30,9 @@ void OCINumberMagnitude(const OCINumber &number, OCINumber &result) {
 
 void OCINumberNegate(const OCINumber &number, OCINumber &result) {
     if (is_negative_infinity(number)) {
-        set_infinity(result, false);
+        OCINumberSetPInfi(&result);
     } else if (is_positive_infinity(number)) {
-        set_infinity(result, true);
+        OCINumberSetNInfi(&result);
     } else if (number.OCINumberPart[1] == zero_exponent_byte) {
         set_zero(result);
     } else {

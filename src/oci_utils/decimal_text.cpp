@@ -161,7 +161,7 @@ extern "C" sword getNumberFromStr(OCINumber *number, ub1 *str, ub4 len) {
     } else {
         while (fraction != text.fraction_end && *fraction == '0') ++fraction;
         const ptrdiff_t zeros = fraction - text.fraction;
-        // Half of 10^-128 has 128 zeros; with more the value is below that.
+        // Behind more zeros than 128 not even a carry reaches 10^-128.
         if (fraction == text.fraction_end || zeros > 2 * -min_exponent) {
             set_zero(*number);
             return OCI_SUCCESS;

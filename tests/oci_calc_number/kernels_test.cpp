@@ -9,12 +9,13 @@
 #include <cmath>
 #include <random>
 
+#include "oci_calc_number/rounding.h"
 #include "oracle.h"
 
 namespace {
 
 using calc::Decimal;
-using calc::Fast;
+using calc::Limbs;
 using calc::Real;
 using calc::Wide;
 
@@ -87,7 +88,7 @@ TEST_F(Kernels, ArithmeticAndConversion) {
             SCOPED_TRACE(a.text + " " + b.text);
             Value want;
             const Real<N> x = a.real<N>(), y = b.real<N>();
-            EXPECT_GE(bits(Value(x), a.exact), calc::real_bits<N>);
+            EXPECT_GE(bits(Value(x), a.exact), calc::operand_bits<N>);
             const Value vx(x), vy(y);
             calc::mul(r, x, y);
             mpfr_mul(want.v, vx.v, vy.v, MPFR_RNDN);
@@ -105,7 +106,8 @@ TEST_F(Kernels, ArithmeticAndConversion) {
             mpfr_sqrt(want.v, vx.v, MPFR_RNDN);
             EXPECT_GE(bits(Value(r), want), calc::sqrt_bits<N>);
         };
-        check(Fast());
+        check(Real<3>());
+        check(Real<4>());
         check(Real<8>());
         check(Wide());
     }
@@ -114,8 +116,8 @@ TEST_F(Kernels, ArithmeticAndConversion) {
 // Quotients whose digits meet the rare corrections of the division.
 TEST_F(Kernels, DivisionCorrections) {
     for (int i = 0; i < 20000; ++i) {
-        Fast a, b, q;
-        for (Fast *x : {&a, &b}) {
+        Real<4> a, b, q;
+        for (Real<4> *x : {&a, &b}) {
             for (ub8 &limb : x->m) {
                 const ub8 pick[] = {0, 1, ~ub8{0}, ub8{1} << 63, random()};
                 limb = pick[random() % 5];
@@ -138,12 +140,13 @@ TEST_F(Kernels, Exponential) {
         Value want;
         mpfr_exp(want.v, x.exact.v, MPFR_RNDN);
         if (x.real<4>().exp > 9) continue;
-        Fast fast;
-        calc::exp(fast, x.real<4>());
-        EXPECT_GE(bits(Value(fast), want), calc::exp_bits);
-        Wide wide;
-        calc::exp(wide, x.real<16>());
-        EXPECT_GE(bits(Value(wide), want), calc::exp_wide_bits);
+        const auto check = [&]<int N>(Real<N> r) {
+            calc::exp(r, x.real<N>());
+            EXPECT_GE(bits(Value(r), want), calc::exp_bits<N>);
+        };
+        check(Real<3>());
+        check(Real<4>());
+        check(Wide());
     }
 }
 
@@ -161,15 +164,14 @@ TEST_F(Kernels, Logarithm) {
         SCOPED_TRACE(text);
         Value want;
         mpfr_log(want.v, x.exact.v, MPFR_RNDN);
-        Fast fast;
-        calc::ln(fast, x.decimal);
-        EXPECT_GE(bits(Value(fast), want), calc::ln_bits<4>);
-        Real<8> middle;
-        calc::ln(middle, x.decimal);
-        EXPECT_GE(bits(Value(middle), want), calc::ln_bits<8>);
-        Wide wide;
-        calc::ln(wide, x.decimal);
-        EXPECT_GE(bits(Value(wide), want), calc::ln_wide_bits);
+        const auto check = [&]<int N>(Real<N> r) {
+            calc::ln(r, x.decimal);
+            EXPECT_GE(bits(Value(r), want), calc::ln_bits<N>);
+        };
+        check(Real<3>());
+        check(Real<4>());
+        check(Real<8>());
+        check(Wide());
     }
 }
 
@@ -194,7 +196,8 @@ TEST_F(Kernels, SineAndCosine) {
             EXPECT_GE(bits(Value(sine), s, false), calc::sin_cos_bits<N>);
             EXPECT_GE(bits(Value(cosine), c, false), calc::sin_cos_bits<N>);
         };
-        check(Fast(), Fast());
+        check(Real<3>(), Real<3>());
+        check(Real<4>(), Real<4>());
         check(Wide(), Wide());
     }
 }
@@ -205,12 +208,41 @@ TEST_F(Kernels, ArcTangent) {
         SCOPED_TRACE(y.text + " " + x.text);
         Value want;
         mpfr_atan2(want.v, y.exact.v, x.exact.v, MPFR_RNDN);
-        Fast fast;
-        calc::atan_quotient(fast, y.real<4>(), x.real<4>());
-        EXPECT_GE(bits(Value(fast), want), calc::atan_bits);
-        Wide wide;
-        calc::atan_quotient(wide, y.real<16>(), x.real<16>());
-        EXPECT_GE(bits(Value(wide), want), calc::atan_wide_bits);
+        const auto check = [&]<int N>(Real<N> r) {
+            calc::atan_quotient(r, y.real<N>(), x.real<N>());
+            EXPECT_GE(bits(Value(r), want), calc::atan_bits<N>);
+        };
+        check(Real<3>());
+        check(Real<4>());
+        check(Wide());
+    }
+}
+
+// Powers of 10^8 and their neighbours, where the scaling's own truncation moves the value
+// across the limb's border.
+TEST_F(Kernels, RoundingNextToPowersOfTheLimbBase) {
+    for (int k = -15; k <= 15; ++k) {
+        const std::string want = "1e" + std::to_string(8 * k);
+        const Operand x(want);
+        const auto check = [&]<int N>(Real<N> r) {
+            for (int step = -8; step <= 8; ++step) {
+                calc::to_real(r, x.decimal);
+                Limbs<N> ulp = {static_cast<ub8>(step < 0 ? -step : step)};
+                if (step < 0 && calc::sub<N>(r.m, r.m, ulp) == 0 && r.m[N - 1] >> 63 == 0) {
+                    r.m[N - 1] |= ub8{1} << 63;  // below a power of 2
+                    --r.exp;
+                } else if (step > 0) {
+                    calc::add<N>(r.m, r.m, ulp);
+                }
+                QZCICalcNumber result;
+                ASSERT_TRUE(calc::round_to_record(result, r, 64 * N - 16));
+                ASSERT_EQ(oracle::text(result), want) << N << " " << step;
+            }
+        };
+        check(Real<3>());
+        check(Real<4>());
+        check(Real<8>());
+        check(Wide());
     }
 }
 

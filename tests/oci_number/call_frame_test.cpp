@@ -15,63 +15,101 @@ std::string returned(const char *name, int status) {
     return text("D function %s return with status %d", name, status);
 }
 
-// The checks of (err, number, result), on the functions with that shape.
-TEST(CallFrame, OneNumberAndResult) {
-    using F = sword (*)(OCIError *, const OCINumber *, void *);
-    struct Function {
-        F call;
-        const char *trace;
-        const char *name;
+// Functions of one number: (err, number, result), with a count before the
+// result, or in place. `result` is the number of the result argument; `nested`
+// tells whether the result zero is set by a traced call.
+TEST(CallFrame, OneNumber) {
+    const struct {
+        sword (*call)(OCIError *, OCINumber *, OCINumber *);
+        const char *trace, *name;
+        int result;
+        bool nested;
+    } functions[] = {
+        {[](auto e, auto n, auto r) { return OCINumberIsZero(e, n, reinterpret_cast<int *>(r)); },
+         "call OCINumberIsZero with params [err:%p] [number:%p] [result:%p]", "OCNumberZero", 3,
+         false},
+        {[](auto e, auto n, auto r) { return OCINumberIsInt(e, n, reinterpret_cast<int *>(r)); },
+         "call function OCINumberIsInt with param err %p,number:%p, result:%p", "OCINumberIsInt", 3,
+         false},
+        {[](auto e, auto n, auto r) { return OCINumberSign(e, n, reinterpret_cast<int *>(r)); },
+         "call OCINumberSign with params [err:%p] [number:%p] [result:%p]", "OCINumberSign", 3,
+         false},
+        {[](auto e, auto n, auto r) { return OCINumberAssign(e, n, r); },
+         "call OCINumberAssign with params [err:%p] [from:%p] [to:%p]", "OCINumberAssign", 3,
+         false},
+        {[](auto e, auto n, auto r) { return OCINumberAbs(e, n, r); },
+         "call OCINumberAbs with params [err:%p] [number:%p] [result:%p]", "OCINumberAbs", 3,
+         false},
+        {[](auto e, auto n, auto r) { return OCINumberNeg(e, n, r); },
+         "call OCINumberNeg with params [err:%p] [number:%p] [result:%p]", "OCINumberNeg", 3,
+         false},
+        {[](auto e, auto n, auto r) { return OCINumberShift(e, n, -200, r); },
+         "call OCINumberShift with params [err:%p] [number:%p] [nDig:-200] [result:%p]",
+         "OCINumberShift", 4, true},
+        {[](auto e, auto n, auto r) { return OCINumberPrec(e, n, -200, r); },
+         "call OCINumberPrec with params [err:%p] [number:%p] [dcplace:-200] [result:%p]",
+         "OCINumberPrec", 4, true},
+        {[](auto e, auto n, auto r) { return OCINumberRound(e, n, -200, r); },
+         "call OCINumberRound with params [err:%p] [number:%p] [dcplace:-200] [result:%p]",
+         "OCINumberRound", 4, true},
+        {[](auto e, auto n, auto r) { return OCINumberTrunc(e, n, -200, r); },
+         "call OCINumberTrunc with params [err:%p] [number:%p] [dcplace:-200] [result:%p]",
+         "OCINumberTrunc", 4, true},
+        {[](auto e, auto n, auto) { return OCINumberInc(e, n); },
+         "call OCINumberInc with params [err:%p] [number:%p]", "OCINumberInc", 0, false},
+        {[](auto e, auto n, auto) { return OCINumberDec(e, n); },
+         "call OCINumberDec with params [err:%p] [number:%p]", "OCINumberDec", 0, true},
     };
-    const Function functions[] = {
-        {[](auto e, auto n, void *r) { return OCINumberIsZero(e, n, static_cast<boolean *>(r)); },
-         "call OCINumberIsZero with params [err:%p] [number:%p] [result:%p]", "OCNumberZero"},
-        {[](auto e, auto n, void *r) { return OCINumberIsInt(e, n, static_cast<boolean *>(r)); },
-         "call function OCINumberIsInt with param err %p,number:%p, result:%p", "OCINumberIsInt"},
-        {[](auto e, auto n, void *r) { return OCINumberSign(e, n, static_cast<sword *>(r)); },
-         "call OCINumberSign with params [err:%p] [number:%p] [result:%p]", "OCINumberSign"},
-        {[](auto e, auto n, void *r) { return OCINumberAssign(e, n, static_cast<OCINumber *>(r)); },
-         "call OCINumberAssign with params [err:%p] [from:%p] [to:%p]", "OCINumberAssign"},
-    };
-    struct Row {
+    OCINumber operands[] = {one, empty, too_long};
+    const struct {
         bool null_handle;
-        const OCINumber *number;
+        OCINumber *number;
         bool null_result;
         sword status;
-        int code;
-        int argument;
+        int code, argument;  // argument 0: that of the result
+    } rows[] = {
+        {true, nullptr, true, -2, 0, 0},
+        {true, &operands[0], false, -2, 0, 0},
+        {false, nullptr, true, -1, 21560, 2},
+        {false, &operands[1], true, -1, 22060, 2},
+        {false, &operands[2], false, -1, 22060, 2},
+        {false, &operands[0], true, -1, 21560, 0},
+        {false, &operands[0], false, 0, 0, 0},
     };
-    const Row rows[] = {
-        {true, nullptr, true, -2, 0, 0},      {false, nullptr, true, -1, 21560, 2},
-        {false, &empty, true, -1, 22060, 2},  {false, &too_long, true, -1, 22060, 2},
-        {false, &one, true, -1, 21560, 3},    {true, &one, false, -2, 0, 0},
-        {false, &empty, false, -1, 22060, 2}, {false, &one, false, 0, 0, 0},
-    };
-    for (const Function &f : functions) {
-        for (const Row &row : rows) {
-            SCOPED_TRACE(text("row %ld", &row - rows));
-            const OCINumber untouched = number({});
+    const OCINumber untouched = number({});
+    for (const auto &f : functions) {
+        for (const auto &row : rows) {
+            if (row.code != 0 && row.argument == 0 && f.result == 0) continue;
+            SCOPED_TRACE(text("%s, row %ld", f.name, &row - rows));
+            operands[0] = one;
             OCINumber result = untouched;
-            void *rsl = row.null_result ? nullptr : &result;
-            const std::string message = row.code ? argument_error(row.code, row.argument) : "";
             ErrorHandle err;
             OCIError *errhp = row.null_handle ? nullptr : err.get();
-            take_log();
-            EXPECT_EQ(f.call(errhp, row.number, rsl), row.status);
-            EXPECT_EQ(err.code(), row.code);
-            EXPECT_EQ(err.message(), message);
-            EXPECT_TRUE(err.other_fields_untouched());
-            if (row.status != OCI_SUCCESS) EXPECT_EQ(result, untouched);
-
+            OCINumber *rsl = row.null_result ? nullptr : &result;
+            const std::string message =
+                row.code ? argument_error(row.code, row.argument ? row.argument : f.result) : "";
             char trace[200];
             std::snprintf(trace, sizeof trace, f.trace, static_cast<void *>(errhp),
-                          static_cast<const void *>(row.number), rsl);
+                          static_cast<void *>(row.number), static_cast<void *>(rsl));
             std::vector<std::string> log = {std::string("D ") + trace};
             // The log has the message without prefix and line end.
             if (row.null_handle) log.push_back("E get a invalid handle");
             if (row.code) log.push_back("E " + message.substr(4, message.size() - 5));
+            if (row.status == 0 && f.nested) {
+                log.push_back(text("D call OCINumberSetZero with params [err:%p] [number:%p]",
+                                   static_cast<void *>(errhp),
+                                   static_cast<void *>(f.result ? rsl : row.number)));
+            }
             log.push_back(returned(f.name, row.status));
+            take_log();
+            EXPECT_EQ(f.call(errhp, row.number, rsl), row.status);
             EXPECT_EQ(take_log(), log);
+            EXPECT_EQ(err.message(), message);
+            EXPECT_TRUE(err.other_fields_untouched());
+            if (row.status != OCI_SUCCESS) {
+                EXPECT_EQ(result, untouched);
+                EXPECT_EQ(operands[0], one);
+            }
         }
     }
 }

@@ -115,23 +115,4 @@ TEST(SignShift, ShiftOfRandomValuesIsExact) {
     }
 }
 
-TEST(SignShift, NestedTraceOfZeroResults) {
-    ErrorHandle err;
-    OCINumber n = number({2, 129, 2}), result;
-    take_log();
-    OCINumberShift(err, &n, -1, &result);
-    auto log = take_log();
-    ASSERT_EQ(log.size(), 3u);
-    EXPECT_EQ(log[0], text("D call OCINumberShift with params [err:%p] [number:%p] [nDig:-1] "
-                           "[result:%p]",
-                           static_cast<void *>(err.get()), static_cast<void *>(&n),
-                           static_cast<void *>(&result)));
-    EXPECT_EQ(log[1], text("D call OCINumberSetZero with params [err:%p] [number:%p]",
-                           static_cast<void *>(err.get()), static_cast<void *>(&result)));
-    EXPECT_EQ(log[2], "D function OCINumberShift return with status 0");
-    n = number({1, 128});
-    OCINumberShift(err, &n, 1, &result);
-    EXPECT_EQ(take_log().size(), 2u);
-}
-
 }  // namespace

@@ -116,17 +116,18 @@ public:
         return sign() < 0 ? "-" + d : d;
     }
 
+    // The first digit pair's weight is 100^first_pair().
+    long first_pair() const {
+        const long top = static_cast<long>(digits().size()) + exponent_ - 1;
+        return top >= 0 ? top / 2 : -((1 - top) / 2);
+    }
+
     // Number bytes in normal form, rounded half away from zero to 20 digit
     // bytes; empty for 10^126 and more, zero below 10^-128.
     std::vector<int> bytes() const {
         if (sign() == 0) return {1, 128};
-        // The first digit pair's weight is 100^e.
-        const auto first_pair = [](const Decimal &v) {
-            const long top = static_cast<long>(v.digits().size()) + v.exponent_ - 1;
-            return top >= 0 ? top / 2 : -((1 - top) / 2);
-        };
-        const Decimal kept = rounded(2 * (first_pair(*this) - 19));
-        const long e = first_pair(kept);
+        const Decimal kept = rounded(2 * (first_pair() - 19));
+        const long e = kept.first_pair();
         if (e > 62) return {};
         if (e < -64) return {1, 128};
         const Decimal aligned = kept.exponent_ % 2 == 0 ? kept : Decimal(kept, kept.exponent_ - 1);

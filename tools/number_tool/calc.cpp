@@ -1,6 +1,6 @@
 #include "commands.h"
-#include "error_handle.h"
 #include "expression.h"
+#include "library_error.h"
 
 namespace number_tool {
 
@@ -39,7 +39,7 @@ Command add_calc(CLI::App &tool) {
     add_form(*app, "--to", options->to, "text|hex|dump|raw", "Form of the results");
     add_inputs(*app, options->inputs, "EXPRESSION");
     return {app, [options](Output &out) {
-                const ErrorHandle err;
+                const LibraryError err;
                 return for_each_value(
                     options->inputs, Framing::lines,
                     [&](std::string_view value, char *end, std::string &reason) -> char * {

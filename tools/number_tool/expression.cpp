@@ -56,7 +56,7 @@ bool is_letter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z')
 
 class Evaluator {
 public:
-    Evaluator(std::string_view text, const ErrorHandle &err, std::string &reason)
+    Evaluator(std::string_view text, const LibraryError &err, std::string &reason)
         : text_(text), err_(err), reason_(reason) {}
 
     bool run(OCINumber &result) {
@@ -91,7 +91,7 @@ private:
     }
 
     bool apply(BinaryCall call, OCINumber &left, const OCINumber &right, size_t where) {
-        return check(call(err_.get(), &left, &right, &left), where);
+        return check(call(err_.handle(), &left, &right, &left), where);
     }
 
     bool sum(OCINumber &result) {
@@ -127,7 +127,7 @@ private:
         bool good;
         if (peek() == '-') {
             const size_t where = pos_++;
-            good = sign(result) && check(OCINumberNeg(err_.get(), &result, &result), where);
+            good = sign(result) && check(OCINumberNeg(err_.handle(), &result, &result), where);
         } else {
             good = power(result);
         }
@@ -170,7 +170,7 @@ private:
             std::from_chars(text_.data() + p, text_.data() + text_.size(), exponent);
         if (parsed.ec != std::errc()) return fail("digits of an exponent are missing", p);
         pos_ = static_cast<size_t>(parsed.ptr - text_.data());
-        return check(OCINumberShift(err_.get(), &result, exponent, &result), start);
+        return check(OCINumberShift(err_.handle(), &result, exponent, &result), start);
     }
 
     bool named(OCINumber &result) {
@@ -178,7 +178,7 @@ private:
         while (pos_ < text_.size() && (is_letter(text_[pos_]) || is_digit(text_[pos_]))) ++pos_;
         const std::string_view name = text_.substr(start, pos_ - start);
         if (name == "pi") {
-            OCINumberSetPi(err_.get(), &result);
+            OCINumberSetPi(err_.handle(), &result);
             return true;
         }
         const auto *f =
@@ -188,7 +188,7 @@ private:
         if (!take('(')) return fail("\"(\" is missing", pos_);
         if (!sum(result)) return false;
         if (f->unary != nullptr) {
-            return close() && check(f->unary(err_.get(), &result, &result), start);
+            return close() && check(f->unary(err_.handle(), &result, &result), start);
         }
         if (!take(',')) return fail("\",\" is missing", pos_);
         at_end();
@@ -203,16 +203,16 @@ private:
                     size_t second) {
         sword count = 0;
         boolean is_integer = 0;
-        if (OCINumberIsInt(err_.get(), &argument, &is_integer) != OCI_SUCCESS || !is_integer ||
-            OCINumberToInt(err_.get(), &argument, sizeof count, OCI_NUMBER_SIGNED, &count) !=
+        if (OCINumberIsInt(err_.handle(), &argument, &is_integer) != OCI_SUCCESS || !is_integer ||
+            OCINumberToInt(err_.handle(), &argument, sizeof count, OCI_NUMBER_SIGNED, &count) !=
                 OCI_SUCCESS) {
             return fail("the second argument must be an integer of 32 bits", second);
         }
-        return check(call(err_.get(), &result, count, &result), start);
+        return check(call(err_.handle(), &result, count, &result), start);
     }
 
     std::string_view text_;
-    const ErrorHandle &err_;
+    const LibraryError &err_;
     std::string &reason_;
     size_t pos_ = 0;
     int depth_ = 0;
@@ -220,7 +220,7 @@ private:
 
 }  // namespace
 
-bool evaluate(std::string_view expression, const ErrorHandle &err, OCINumber &result,
+bool evaluate(std::string_view expression, const LibraryError &err, OCINumber &result,
               std::string &reason) {
     return Evaluator(expression, err, reason).run(result);
 }

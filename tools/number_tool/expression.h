@@ -11,13 +11,13 @@
 #include <string>
 #include <string_view>
 
-#include "error_handle.h"
+#include "library_error.h"
 
 namespace number_tool {
 
 // Computes the value of an expression. Returns false with the reason and the
 // column (counted from 1) where it went wrong.
-bool evaluate(std::string_view expression, const ErrorHandle &err, OCINumber &result,
+bool evaluate(std::string_view expression, const LibraryError &err, OCINumber &result,
               std::string &reason);
 
 // The functions and constants, for help texts: a line each.

@@ -1,15 +1,15 @@
 #include "commands.h"
-#include "error_handle.h"
+#include "library_error.h"
 
 namespace number_tool {
 
 namespace {
 
 // Writes the number's text under the model, with a line end.
-char *format_number(const ErrorHandle &error, const OCINumber &number, const std::string &model,
+char *format_number(LibraryError &error, const OCINumber &number, const std::string &model,
                     char *out, std::string &reason) {
     ub4 size = max_result - 1;
-    if (OCINumberToText(error.get(), &number, reinterpret_cast<const OraText *>(model.data()),
+    if (OCINumberToText(error.handle(), &number, reinterpret_cast<const OraText *>(model.data()),
                         static_cast<ub4>(model.size()), nullptr, 0, &size,
                         reinterpret_cast<OraText *>(out)) != OCI_SUCCESS) {
         reason = error.message();
@@ -26,7 +26,7 @@ Command add_format(CLI::App &tool) {
         Inputs inputs;
         Form from = Form::text;
         std::string model;
-        ErrorHandle error;
+        LibraryError error;
     };
     const auto options = std::make_shared<Options>();
     CLI::App *const app = tool.add_subcommand("format", "Numbers to texts under a format model");

@@ -1,7 +1,7 @@
 // Commands that compute one number from one number: round, trunc, prec, shift,
 // abs, neg.
 #include "commands.h"
-#include "error_handle.h"
+#include "library_error.h"
 
 namespace number_tool {
 
@@ -63,14 +63,14 @@ Command add_operation(CLI::App &tool, const NumberOperation &operation) {
     add_inputs(*app, options->inputs, "VALUE");
     return {
         app, [options, call = operation.call](Output &out) {
-            const ErrorHandle err;
+            const LibraryError err;
             return for_each_value(
                 options->inputs, framing_of(options->from, options->inputs),
                 [&](std::string_view value, char *end, std::string &reason) -> char * {
                     GivenBytes given;
                     if (!read_number(options->from, value, given, reason)) return nullptr;
                     OCINumber result{};
-                    if (call(err.get(), &given.number, options->count, &result) != OCI_SUCCESS) {
+                    if (call(err.handle(), &given.number, options->count, &result) != OCI_SUCCESS) {
                         reason = err.message();
                         return nullptr;
                     }

@@ -1,13 +1,13 @@
 #include "commands.h"
-#include "error_handle.h"
+#include "library_error.h"
 
 namespace number_tool {
 
 namespace {
 
-bool parse_text(const ErrorHandle &error, std::string_view text, const std::string &model,
+bool parse_text(LibraryError &error, std::string_view text, const std::string &model,
                 OCINumber &number, std::string &reason) {
-    if (OCINumberFromText(error.get(), reinterpret_cast<const OraText *>(text.data()),
+    if (OCINumberFromText(error.handle(), reinterpret_cast<const OraText *>(text.data()),
                           static_cast<ub4>(text.size()),
                           reinterpret_cast<const OraText *>(model.data()),
                           static_cast<ub4>(model.size()), nullptr, 0, &number) == OCI_SUCCESS) {
@@ -27,7 +27,7 @@ Command add_parse(CLI::App &tool) {
         Inputs inputs;
         Form to = Form::text;
         std::string model;
-        ErrorHandle error;
+        LibraryError error;
     };
     const auto options = std::make_shared<Options>();
     CLI::App *const app = tool.add_subcommand("parse", "Texts under a format model to numbers");
@@ -51,7 +51,7 @@ Command add_parse(CLI::App &tool) {
                 return for_each_value(
                     options->inputs, Framing::lines,
                     [&options](std::string_view value, char *result, std::string &fault) {
-                        OCINumber parsed;
+                        OCINumber parsed{};
                         return parse_text(options->error, value, options->model, parsed, fault)
                                    ? write_number(options->to, parsed, result, fault)
                                    : nullptr;
