@@ -63,10 +63,11 @@ sword OCINumberFromTextProcessFmtAndStr(const Text &fmt, const Text &str) {
                                                                              : OCI_ERROR;
     }
 
-    // Fraction zeros at the end do not count. A side without a period counts -1.
+    // Fraction zeros at the end do not count; the period stops the walk over them. A
+    // side without a period counts -1.
     const OraText *str_right_end = str.end();
     if (str_dot_position != str.end()) {
-        while (str_right_end - 1 != str_dot_position && str_right_end[-1] == '0') --str_right_end;
+        while (str_right_end[-1] == '0') --str_right_end;
     }
     const sb8 right_diff =
         (fmt.end() - 1 - fmt_dot_position) - (str_right_end - 1 - str_dot_position);

@@ -41,7 +41,7 @@ std::string hex(Real value) {
 
 // ---- Number to real
 
-// The stored real, from memory that is not aligned; "failed" and the status.
+// The stored real; "failed" and the error. Number and real end at the ends of pages.
 template <class Real>
 std::string to_real(const OCINumber &n, int mode = FE_TONEAREST) {
     const GuardedBytes record(&n, sizeof n);
@@ -296,6 +296,8 @@ TEST_F(RealConvert, FromRealTraces) {
     check(-LDBL_MAX, "OCINumberFromReal 16:29",
           "-1.1897314953572317650 buffer_size:22 number_exp:4932",
           "-1.18973149535723177 buffer_size:20 number_exp:4932");
+    check(1e999L, "OCINumberFromReal 16:27", "1.0000000000000000000 buffer_size:21 number_exp:999",
+          "1.00000000000000000 buffer_size:19 number_exp:999");
     check(-HUGE_VAL, "OCINumberFromReal 8:5", "", "-inf buffer_size:5 number_exp:0");
     check(NAN, "OCINumberFromReal 4:4", "", "nan buffer_size:4 number_exp:0");
 

@@ -36,6 +36,25 @@ const struct {
      [](auto e, auto n, auto, auto r) {
          return OCINumberFromInt(e, n->OCINumberPart + 14, 8, OCI_NUMBER_SIGNED, r);
      }},
+    {"ToReal",
+     [](auto e, auto n, auto, auto) {
+         long double value;
+         return OCINumberToReal(e, n, sizeof value, &value);
+     }},
+    {"FromReal",
+     [](auto e, auto n, auto, auto r) { return OCINumberFromReal(e, n->OCINumberPart, 16, r); }},
+    {"ToText",
+     [](auto e, auto n, auto, auto) {
+         OraText text[128];
+         ub4 size = sizeof text;
+         return OCINumberToText(e, n, reinterpret_cast<const OraText *>("TM"), 2, nullptr, 0, &size,
+                                text);
+     }},
+    {"FromText",
+     [](auto e, auto n, auto, auto r) {
+         return OCINumberFromText(e, n->OCINumberPart, 22, reinterpret_cast<const OraText *>("9"),
+                                  1, nullptr, 0, r);
+     }},
 #define UNARY(name)                                                                  \
     {                                                                                \
 #name, [](auto e, auto n, auto, auto r) { return OCINumber##name(e, n, r); } \

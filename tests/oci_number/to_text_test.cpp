@@ -25,8 +25,10 @@ std::string to_text(const OCINumber &n, const std::string &model) {
     if (const int code = run(size, big)) return std::to_string(code);
     EXPECT_EQ(big[size], '\0');
     const std::string expected(big, big + size);
-    const GuardedBytes exact(std::string(size, '#'));
-    ub4 same = size, less = size - 1;
+    const GuardedBytes exact(std::string(size, '#')), longer(std::string(size + 1, '#'));
+    ub4 same = size, less = size - 1, more = size + 1;
+    EXPECT_EQ(run(more, longer.as<OraText>()), 0);
+    EXPECT_EQ(std::string(longer.as<char>()), expected);
     if (less > 0) {
         EXPECT_EQ(run(less, exact.as<OraText>()), 22059);
         EXPECT_EQ(less, size - 1);
