@@ -82,8 +82,8 @@ struct Ieee {
         const ub8 rest = value.mantissa & (2 * half - 1);
         if (rest > half || (rest == half && (kept & 1) != 0)) ++kept;
         // A carry out of the mantissa adds one to the exponent, where it belongs.
-        const auto biased = static_cast<Bits>(value.exponent + dropped + bias);
-        return sign + static_cast<Bits>(biased << (digits - 1)) +
+        const int biased = value.exponent + dropped + bias;
+        return sign + (static_cast<Bits>(biased) << (digits - 1)) +
                (static_cast<Bits>(kept) - hidden_bit);
     }
 };
@@ -254,9 +254,8 @@ size_t OCINumberShortenMantissa(char *text, size_t length, int &number_exp) {
     if (text[kept] < '5') return kept;
     char *p = text + kept - 1;
     for (; *p == '9'; --p) *p = '0';
-    if (*p != '.') {
-        ++*p;
-    } else if (*--p == '9') {
+    // Over the point the carry goes on into the leading digit.
+    if (*p == '.' && *--p == '9') {
         *p = '1';
         ++number_exp;
     } else {
