@@ -304,7 +304,8 @@ OCI_NUMBER_API sword OCINumberFromInt(OCIError *err, const void *inum, uword inu
  * are in normal form. A magnitude of 10^126 or more after rounding is the
  * infinity of that sign, one below 10^-128 is zero; both are successes.
  *
- * Operands are taken at their value, in normal form or not. `result` may be an
+ * Operands are taken at their value, in normal form or not (but for the domain of
+ * OCINumberArcSin and OCINumberArcCos, see there). `result` may be an
  * operand; it is written after the last operand was read, and only on success
  * (all 22 bytes may be, whatever the length of the value).
  *
@@ -393,7 +394,8 @@ OCI_NUMBER_API sword OCINumberTan(OCIError *err, const OCINumber *number, OCINum
 /* Arc functions, in radians: arc sine and arc tangent in [-pi/2, pi/2], arc
  * cosine in [0, pi].
  * Errors: 21560 (argument 2, 3), 22060 (argument 2; OCINumberArcSin and
- * OCINumberArcCos also for a number above 1 or below -1), 602. */
+ * OCINumberArcCos also for a number above 1 or below -1 by OCINumberCmp, which 1
+ * with a zero digit behind it is), 602. */
 OCI_NUMBER_API sword OCINumberArcSin(OCIError *err, const OCINumber *number, OCINumber *result);
 OCI_NUMBER_API sword OCINumberArcCos(OCIError *err, const OCINumber *number, OCINumber *result);
 OCI_NUMBER_API sword OCINumberArcTan(OCIError *err, const OCINumber *number, OCINumber *result);

@@ -7,7 +7,7 @@ namespace calc {
 namespace {
 
 // Turns the point (x, y), 0 <= y/x < 2^(8 - Shift), by the table's largest angle
-// atan(i/2^Shift) below its own, which leaves y/x < 2^-Shift (1 + 2^-40), and adds that
+// atan(i/2^Shift) below its own, which leaves y/x < 2^-Shift (1 + 2^-28), and adds that
 // angle to the sum. Errors: 1 ulp in each of x, y and the sum. Returns whether it turned.
 template <int N, int Shift>
 bool turn(u64 *y, u64 *x, u64 *sum, const u64 (*level)[4]) {
@@ -31,7 +31,7 @@ void atan_below_1(Real<N> &r, const Real<N> &y, const Real<N> &x) {
     Limbs<N> num, den, sum = {};
     shift_right<N>(den, x.m, 3);
     shift_right_any<N>(num, y.m, x.exp - y.exp + 3);
-    // The first level's i is y/x in units of 2^-8, where y = x gives 2^8 - 1 or 2^8.
+    // The first level's i is y/x in units of 2^-8, 2^8 - 1 at most.
     bool turned = turn<N, 8>(num, den, sum, atan_level_1);
     turned |= turn<N, 16>(num, den, sum, atan_level_2);
     turned |= turn<N, 24>(num, den, sum, atan_level_3);

@@ -17,11 +17,12 @@ struct Decimal {
 inline constexpr u64 limb_base_2 = u64{limb_base} * limb_base;
 
 // Reads a finite non-zero record. False when it does not come from a number: more
-// limbs than 20 base-100 digits take, or positions out of their range.
+// limbs than 20 base-100 digits take, or positions out of their range, which is
+// wider at the low end: digits behind zeros in front count less than 10^-128.
 inline bool read(Decimal &d, const QZCICalcNumber &n) {
     const int count = limb_count(n);
     if (count < 1 || count > max_number_limbs || n.data_part[count - 1] == 0 ||
-        n.start_pos > max_number_pos || n.start_pos < min_number_pos)
+        n.start_pos > max_number_pos || n.end_pos < min_power)
         return false;
     d.pos = n.end_pos;
     d.negative = is_negative(n);

@@ -24,7 +24,7 @@ void to_signed_fixed(u64 *t, const Real<N> &x) {
 }  // namespace
 
 // x = k ln 2 + i/2^8 + j/2^16 + r with r < 2^-16: e^x = 2^k e^(i/2^8) e^(j/2^16) e^r.
-// Errors, in ulps of a mantissa in [1/2, 1): 2^9 + 1 in x - k ln 2 (ln 2 is cut off,
+// Errors, in ulps of a mantissa in [1/2, 1): 2^10 in x - k ln 2 (ln 2 is cut off,
 // |k| < 2^10), 1 in each table, 2N in each of three products, and 2^12 from the error of x:
 // 2^13, below 2^-exp_bits.
 template <int N>

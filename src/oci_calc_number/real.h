@@ -15,7 +15,7 @@ struct Real {
 };
 
 // The relative error of one mul, div, add of like signs, or conversion is below
-// 2^-real_bits<N>: at most N + 2 ulps before a shift by one or two places, N <= 16.
+// 2^-real_bits<N>: at most 2N ulps before a shift by two places, 8N <= 2^7, N <= 16.
 template <int N>
 inline constexpr int real_bits = 64 * N - 8;
 // That of sqrt.
