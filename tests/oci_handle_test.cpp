@@ -73,22 +73,25 @@ TEST(Handle, ErrorGet) {
     OCIError *error = new_error(env);
     sb4 code = 7;
     OraText message[100] = "unchanged", state[6] = "state";
-    EXPECT_EQ(OCIErrorGet(error, 1, state, &code, message, 100, OCI_HTYPE_ERROR), OCI_NO_DATA);
+    const auto get = [&](ub4 record, sb4 *to, ub4 size, ub4 type = OCI_HTYPE_ERROR) {
+        return OCIErrorGet(error, record, state, to, message, size, type);
+    };
+    const auto shown = [&] { return std::string(reinterpret_cast<char *>(message)); };
+    EXPECT_EQ(get(1, &code, 100), OCI_NO_DATA);
     boolean result;
     OCINumberIsZero(error, nullptr, &result);
-    EXPECT_EQ(OCIErrorGet(error, 2, state, &code, message, 100, OCI_HTYPE_ERROR), OCI_NO_DATA);
-    EXPECT_EQ(OCIErrorGet(error, 1, state, nullptr, message, 100, OCI_HTYPE_ERROR),
-              OCI_INVALID_HANDLE);
-    EXPECT_EQ(OCIErrorGet(error, 1, state, &code, message, 100, OCI_HTYPE_ENV), OCI_INVALID_HANDLE);
+    EXPECT_EQ(get(2, &code, 100), OCI_NO_DATA);
+    EXPECT_EQ(get(1, nullptr, 100), OCI_INVALID_HANDLE);
+    EXPECT_EQ(get(1, &code, 100, OCI_HTYPE_ENV), OCI_INVALID_HANDLE);
     EXPECT_EQ(code, 7);
-    EXPECT_STREQ(reinterpret_cast<char *>(message), "unchanged");
-    ASSERT_EQ(OCIErrorGet(error, 1, state, &code, message, 100, OCI_HTYPE_ERROR), OCI_SUCCESS);
+    EXPECT_EQ(shown(), "unchanged");
+    ASSERT_EQ(get(1, &code, 100), OCI_SUCCESS);
     EXPECT_EQ(code, 21560);
-    EXPECT_EQ(reinterpret_cast<char *>(message), argument_error(21560, 2));
-    EXPECT_STREQ(reinterpret_cast<char *>(state), "");
-    EXPECT_EQ(OCIErrorGet(error, 1, nullptr, &code, message, 0, OCI_HTYPE_ERROR), OCI_ERROR);
-    EXPECT_EQ(OCIErrorGet(error, 1, nullptr, &code, message, 10, OCI_HTYPE_ERROR), OCI_ERROR);
-    EXPECT_STREQ(reinterpret_cast<char *>(message), "OCI-21560");
+    EXPECT_EQ(shown(), argument_error(21560, 2));
+    EXPECT_EQ(state[0], 0);
+    EXPECT_EQ(get(1, &code, 0), OCI_ERROR);
+    EXPECT_EQ(get(1, &code, 10), OCI_ERROR);
+    EXPECT_EQ(shown(), "OCI-21560");
     OCIHandleFree(env, OCI_HTYPE_ENV);
 }
 

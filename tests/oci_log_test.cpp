@@ -8,9 +8,7 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <fstream>
-#include <functional>
 #include <regex>
 #include <string>
 #include <thread>
@@ -147,10 +145,10 @@ TEST_F(Log, Environment) {
         EXPECT_EQ(std::system(command.c_str()), 0);
         return lines().size() - before;
     };
-    EXPECT_EQ(run("debug"), 2u);
-    EXPECT_EQ(run("5"), 1u);
-    EXPECT_EQ(run("OFF"), 0u);
-    EXPECT_EQ(run("loud"), 0u);
+    for (const auto &[level, count] :
+         {std::pair{"debug", 2u}, {"5", 1u}, {"OFF", 0u}, {"loud", 0u}}) {
+        EXPECT_EQ(run(level), count) << level;
+    }
 }
 
 TEST(Speaker, SpeaksAtTwoLevels) {
