@@ -66,73 +66,56 @@ TEST(IntConvert, Table) {
     }
 }
 
+// Arguments that are bad in turn, with all behind them bad too.
 TEST(IntConvert, FromIntRefusals) {
     const int value = 1;
-    const struct {
-        const void *inum;
-        uword length, flag;
-        bool null_number, null_handle;
-        int argument;  // 0: the length is bad
-    } rows[] = {
-        {nullptr, 0, 1, true, true, 0},    {nullptr, 0, 1, true, false, 2},
-        {&value, 0, 1, true, false, 3},    {&value, 3, 1, true, false, 4},
-        {&value, 3, 2, true, false, 5},    {&value, 3, 2, false, false, 0},
-        {&value, ~0u, 0, false, false, 0},
-    };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(&row - rows);
-        OCINumber result = number({});
+    OCINumber result = number({});
+    for (int argument = 1; argument <= 6; ++argument) {
+        SCOPED_TRACE(argument);
+        const bool null_handle = argument == 1;
+        const std::string message = null_handle    ? ""
+                                    : argument < 6 ? argument_error(21560, argument)
+                                                   : "OCI-22057: bad integer length [4294967295]\n";
+        const sword status = null_handle ? OCI_INVALID_HANDLE : OCI_ERROR;
+        const std::string line =
+            null_handle ? "E call OCINumberFromInt with invalid handle" : error_line(message);
         ErrorHandle err;
-        const std::string message = row.null_handle ? ""
-                                    : row.argument
-                                        ? argument_error(21560, row.argument)
-                                        : text("OCI-22057: bad integer length [%u]\n", row.length);
-        const sword status = row.null_handle ? OCI_INVALID_HANDLE : OCI_ERROR;
-        std::vector<std::string> log;
-        if (row.null_handle) log.push_back("E call OCINumberFromInt with invalid handle");
-        if (row.argument) log.push_back(error_line(message));
-        log.push_back(returned("OCINumberFromInt", status));
         take_log();
-        EXPECT_EQ(OCINumberFromInt(row.null_handle ? nullptr : err.get(), row.inum, row.length,
-                                   row.flag, row.null_number ? nullptr : &result),
+        EXPECT_EQ(OCINumberFromInt(null_handle ? nullptr : err.get(),
+                                   argument > 2 ? &value : nullptr, argument > 3 ? ~0u : 0,
+                                   argument > 4 ? is_signed : 1, argument > 5 ? &result : nullptr),
                   status);
-        auto said = take_log();
-        said.erase(said.begin());
-        EXPECT_EQ(said, log);
+        auto log = take_log();
+        log.erase(log.begin());
+        EXPECT_EQ(log, argument < 6
+                           ? (std::vector<std::string>{line, returned("OCINumberFromInt", status)})
+                           : std::vector<std::string>{returned("OCINumberFromInt", status)});
         EXPECT_EQ(err.message(), message);
         EXPECT_TRUE(err.other_fields_untouched());
         EXPECT_EQ(result, number({}));
     }
 }
 
-TEST(IntConvert, ToIntParameters) {
-    const OCINumber n = hex("02C102");
+TEST(IntConvert, ToIntRefusals) {
+    const OCINumber one = hex("02C102");
     int rsl = 7;
-    const struct {
-        bool null_handle;
-        const OCINumber *number;
-        void *rsl;
-        uword flag;
-    } rows[] = {{true, &n, &rsl, 2},
-                {true, nullptr, nullptr, 1},
-                {false, nullptr, &rsl, 2},
-                {false, &n, nullptr, 0},
-                {false, &n, &rsl, 1}};
-    for (const auto &row : rows) {
+    for (int bad = 0; bad < 5; ++bad) {
         ErrorHandle err;
-        OCIError *const errhp = row.null_handle ? nullptr : err.get();
-        const std::string message = text("invalid param, err:%p, number:%p, rsl:%p, rsl_flag:%u",
-                                         errhp, row.number, row.rsl, row.flag);
+        OCIError *const e = bad < 2 ? nullptr : err.get();
+        const OCINumber *const n = bad == 1 || bad == 2 ? nullptr : &one;
+        int *const r = bad == 1 || bad == 3 ? nullptr : &rsl;
+        const uword flag = bad == 1 || bad == 4 ? 1 : is_signed;
+        const std::string message =
+            text("invalid param, err:%p, number:%p, rsl:%p, rsl_flag:%u", e, n, r, flag);
         take_log();
-        EXPECT_EQ(OCINumberToInt(errhp, row.number, 4, row.flag, row.rsl),
-                  row.null_handle ? OCI_INVALID_HANDLE : OCI_ERROR);
+        EXPECT_EQ(OCINumberToInt(e, n, 4, flag, r), e == nullptr ? OCI_INVALID_HANDLE : OCI_ERROR);
         EXPECT_EQ(take_log().at(1), "E " + message);
-        EXPECT_EQ(err.code(), row.null_handle ? 0 : 602);
-        EXPECT_EQ(err.message(), row.null_handle ? "" : message);
+        EXPECT_EQ(err.code(), e == nullptr ? 0 : 602);
+        EXPECT_EQ(err.message(), e == nullptr ? "" : message);
     }
-    for (const char *bad : {"00", "16C102", "FFC102"}) {
+    for (const char *bytes : {"00", "16C102", "FFC102"}) {
         ErrorHandle err;
-        const OCINumber invalid = hex(bad);
+        const OCINumber invalid = hex(bytes);
         EXPECT_EQ(OCINumberToInt(err, &invalid, 4, is_signed, &rsl), OCI_ERROR);
         EXPECT_EQ(err.code(), 1458);
     }
