@@ -40,8 +40,8 @@
  * some end with a line feed. The number 602 stands for failures without a
  * number of the interface; their messages have no prefix.
  *
- * Calls and results are traced in the log at level DEBUG, failures at ERROR;
- * see oci_number_log.h.
+ * Calls and results are traced in the log at level DEBUG, most failures at ERROR
+ * (OCINumberToText logs its own mostly at DEBUG); see oci_number_log.h.
  *
  * Threads: the functions keep no state and take no lock. Any number of threads
  * may call them at once, each with an error handle and result of its own.

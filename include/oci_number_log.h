@@ -1,6 +1,6 @@
 /* Control of the library's log: level, destination, and a sink of your own.
  *
- * Every number function traces its call and its result at level DEBUG and its
+ * Every number function traces its call and its result at level DEBUG and most
  * failures at level ERROR. Nothing is written until a level is set, here or by
  * the environment at program start:
  *

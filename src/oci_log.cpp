@@ -95,8 +95,8 @@ char *escape(char *out, unsigned char c) {
         case '\\': *out++ = '\\'; break;
         default:
             *out++ = 'x';
-            *out++ = "0123456789abcdef"[c >> 4];
-            *out++ = "0123456789abcdef"[c & 15];
+            *out++ = "0123456789ABCDEF"[c >> 4];
+            *out++ = "0123456789ABCDEF"[c & 15];
     }
     return out;
 }

@@ -39,29 +39,30 @@ TEST(Handle, RefusedAllocations) {
     OCIEnv *env = new_env();
     OCIError *error = new_error(env);
     void *handle = env, *memory = env;
+    const auto alloc = [&](void *parent, ub4 type, size_t size) {
+        return OCIHandleAlloc(parent, &handle, type, size, &memory);
+    };
     EXPECT_EQ(OCIEnvCreate(nullptr, 0, nullptr, nullptr, nullptr, nullptr, 0, nullptr),
               OCI_INVALID_HANDLE);
     for (ub4 type : {0u, 1u, 3u, 4u, 9u, 72u}) {
-        EXPECT_EQ(OCIHandleAlloc(env, &handle, type, 0, nullptr), OCI_INVALID_HANDLE);
+        EXPECT_EQ(alloc(env, type, 0), OCI_INVALID_HANDLE);
         if (type != OCI_HTYPE_ENV) EXPECT_EQ(OCIHandleFree(env, type), OCI_INVALID_HANDLE);
     }
-    EXPECT_EQ(OCIHandleAlloc(nullptr, &handle, OCI_HTYPE_ERROR, 0, nullptr), OCI_INVALID_HANDLE);
-    EXPECT_EQ(OCIHandleAlloc(error, &handle, OCI_HTYPE_ERROR, 0, nullptr), OCI_INVALID_HANDLE);
+    EXPECT_EQ(alloc(nullptr, OCI_HTYPE_ERROR, 0), OCI_INVALID_HANDLE);
+    EXPECT_EQ(alloc(error, OCI_HTYPE_ERROR, 0), OCI_INVALID_HANDLE);
     EXPECT_EQ(OCIHandleAlloc(env, nullptr, OCI_HTYPE_ERROR, 0, nullptr), OCI_INVALID_HANDLE);
+    // Memory of the program's own comes and goes with the handle; a handle for which
+    // there is none goes back: a new one at first, then one that was freed.
     heap.fail = true;
-    EXPECT_EQ(OCIHandleAlloc(env, &handle, OCI_HTYPE_ERROR, 8, &memory), OCI_ERROR);
     EXPECT_EQ(OCIEnvCreate(&env, 0, nullptr, nullptr, nullptr, nullptr, 8, &memory), OCI_ERROR);
+    EXPECT_EQ(alloc(env, OCI_HTYPE_ERROR, 8), OCI_ERROR);
+    OCIHandleFree(error, OCI_HTYPE_ERROR);
+    EXPECT_EQ(alloc(env, OCI_HTYPE_ERROR, 8), OCI_ERROR);
     heap.fail = false;
     EXPECT_EQ(handle, env);
     EXPECT_EQ(memory, env);
-    // Memory of the program's own comes and goes with the handle; a handle for
-    // which there is none goes back.
-    OCIHandleFree(error, OCI_HTYPE_ERROR);
-    heap.fail = true;
-    EXPECT_EQ(OCIHandleAlloc(env, &handle, OCI_HTYPE_ERROR, 8, &memory), OCI_ERROR);
-    heap.fail = false;
     const int live = heap.live;
-    ASSERT_EQ(OCIHandleAlloc(env, &handle, OCI_HTYPE_ERROR, 100, &memory), OCI_SUCCESS);
+    ASSERT_EQ(alloc(env, OCI_HTYPE_ERROR, 100), OCI_SUCCESS);
     EXPECT_EQ(handle, error);
     std::memset(memory, 1, 100);
     OCIHandleFree(env, OCI_HTYPE_ENV);
@@ -73,22 +74,25 @@ TEST(Handle, ErrorGet) {
     OCIError *error = new_error(env);
     sb4 code = 7;
     OraText message[100] = "unchanged", state[6] = "state";
-    EXPECT_EQ(OCIErrorGet(error, 1, state, &code, message, 100, OCI_HTYPE_ERROR), OCI_NO_DATA);
+    const auto get = [&](ub4 record, sb4 *to, ub4 size, ub4 type = OCI_HTYPE_ERROR) {
+        return OCIErrorGet(error, record, state, to, message, size, type);
+    };
+    const auto shown = [&] { return std::string(reinterpret_cast<char *>(message)); };
+    EXPECT_EQ(get(1, &code, 100), OCI_NO_DATA);
     boolean result;
     OCINumberIsZero(error, nullptr, &result);
-    EXPECT_EQ(OCIErrorGet(error, 2, state, &code, message, 100, OCI_HTYPE_ERROR), OCI_NO_DATA);
-    EXPECT_EQ(OCIErrorGet(error, 1, state, nullptr, message, 100, OCI_HTYPE_ERROR),
-              OCI_INVALID_HANDLE);
-    EXPECT_EQ(OCIErrorGet(error, 1, state, &code, message, 100, OCI_HTYPE_ENV), OCI_INVALID_HANDLE);
+    EXPECT_EQ(get(2, &code, 100), OCI_NO_DATA);
+    EXPECT_EQ(get(1, nullptr, 100), OCI_INVALID_HANDLE);
+    EXPECT_EQ(get(1, &code, 100, OCI_HTYPE_ENV), OCI_INVALID_HANDLE);
     EXPECT_EQ(code, 7);
-    EXPECT_STREQ(reinterpret_cast<char *>(message), "unchanged");
-    ASSERT_EQ(OCIErrorGet(error, 1, state, &code, message, 100, OCI_HTYPE_ERROR), OCI_SUCCESS);
+    EXPECT_EQ(shown(), "unchanged");
+    ASSERT_EQ(get(1, &code, 100), OCI_SUCCESS);
     EXPECT_EQ(code, 21560);
-    EXPECT_EQ(reinterpret_cast<char *>(message), argument_error(21560, 2));
-    EXPECT_STREQ(reinterpret_cast<char *>(state), "");
-    EXPECT_EQ(OCIErrorGet(error, 1, nullptr, &code, message, 0, OCI_HTYPE_ERROR), OCI_ERROR);
-    EXPECT_EQ(OCIErrorGet(error, 1, nullptr, &code, message, 10, OCI_HTYPE_ERROR), OCI_ERROR);
-    EXPECT_STREQ(reinterpret_cast<char *>(message), "OCI-21560");
+    EXPECT_EQ(shown(), argument_error(21560, 2));
+    EXPECT_EQ(state[0], 0);
+    EXPECT_EQ(get(1, &code, 0), OCI_ERROR);
+    EXPECT_EQ(get(1, &code, 10), OCI_ERROR);
+    EXPECT_EQ(shown(), "OCI-21560");
     OCIHandleFree(env, OCI_HTYPE_ENV);
 }
 

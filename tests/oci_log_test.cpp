@@ -8,9 +8,7 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <fstream>
-#include <functional>
 #include <regex>
 #include <string>
 #include <thread>
@@ -62,7 +60,7 @@ TEST_F(Log, NoTextForgesALine) {
     QZOCI_LOG_ERROR("%s", huge.c_str());
     const auto found = lines();
     ASSERT_EQ(found.size(), 2u);
-    EXPECT_NE(found[0].find(" a\\nb\\r\\t\\x1b\\x7f\\\\ \xc3\xa9"), std::string::npos) << found[0];
+    EXPECT_NE(found[0].find(" a\\nb\\r\\t\\x1B\\x7F\\\\ \xc3\xa9"), std::string::npos) << found[0];
     EXPECT_GT(found[1].size(), 200000u);
 }
 
@@ -147,10 +145,10 @@ TEST_F(Log, Environment) {
         EXPECT_EQ(std::system(command.c_str()), 0);
         return lines().size() - before;
     };
-    EXPECT_EQ(run("debug"), 2u);
-    EXPECT_EQ(run("5"), 1u);
-    EXPECT_EQ(run("OFF"), 0u);
-    EXPECT_EQ(run("loud"), 0u);
+    for (const auto &[level, count] :
+         {std::pair{"debug", 2u}, {"5", 1u}, {"OFF", 0u}, {"loud", 0u}}) {
+        EXPECT_EQ(run(level), count) << level;
+    }
 }
 
 TEST(Speaker, SpeaksAtTwoLevels) {

@@ -50,8 +50,8 @@ void ln_near_one(Real<N> &r, const Real<N> &distance) {
 }
 
 // Multiplies 1 + r, 0 <= r < 2^(7 - Shift), by the 1 - g of the table that leaves
-// 0 <= r < 2^-Shift (the last level: 2^-35 (1 + 2^-28)), and adds -ln(1 - g) to the sum of N + 1 limbs. Error:
-// 1 ulp in each of r and the sum.
+// 0 <= r < 2^-Shift (the last level: 2^-35 (1 + 2^-28)), and adds -ln(1 - g) to the sum of N + 1
+// limbs. Error: 1 ulp in each of r and the sum.
 template <int N, int Shift>
 void ln_level(u64 *r, u64 *sum, const u64 (*level)[9]) {
     const u64 *const entry = level[r[N - 1] >> (64 - Shift)];

@@ -63,14 +63,13 @@ sword OCINumberFromTextProcessFmtAndStr(const Text &fmt, const Text &str) {
                                                                              : OCI_ERROR;
     }
 
-    // Fraction zeros at the end do not count; the period stops the walk over them. A
-    // side without a period counts -1.
+    // Fraction zeros at the end do not count; the period stops the walk over them. Each
+    // difference counts the period too, or nothing for a side without one.
     const OraText *str_right_end = str.end();
     if (str_dot_position != str.end()) {
         while (str_right_end[-1] == '0') --str_right_end;
     }
-    const sb8 right_diff =
-        (fmt.end() - 1 - fmt_dot_position) - (str_right_end - 1 - str_dot_position);
+    const sb8 right_diff = (fmt.end() - fmt_dot_position) - (str_right_end - str_dot_position);
     return right_diff < 0 ? OCI_ERROR : OCI_SUCCESS;
 }
 

@@ -36,9 +36,9 @@ long long my_strtoll10(const char *nptr, char **endptr, int *error);
 
 // Parses decimal text from `start` up to `end`: an optional "-", digits with at
 // most one "." among them, at least one digit, at most 1024 digits from the first
-// that is not zero, and at most 1024 behind the ".". Returns the nearest long double, ties to even,
-// and sets
-// `*error` to 0; for any other text returns 0 and sets `*error` to 1.
+// that is not zero, and at most 1024 behind the ".". Returns the nearest long
+// double, ties to even, and sets `*error` to 0; for any other text returns 0 and
+// sets `*error` to 1.
 long double qz_atold(const char *start, const char *end, int *error);
 
 // Writes to `digits` the first `count` (1 to 20) significant decimal digits of

@@ -3,6 +3,7 @@
 
 #include <gmp.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -49,55 +50,44 @@ public:
         return result;
     }
 
+    // The same value in units of 10^exponent, which divides its own unit.
+    Decimal to_unit(long exponent) const {
+        Decimal result = power_of_ten(exponent_ - exponent);
+        mpz_mul(result.units_, result.units_, units_);
+        result.exponent_ = exponent;
+        return result;
+    }
+
     Decimal plus(long integer) const {
-        Decimal result = exponent_ > 0 ? Decimal(*this, 0) : *this;
-        mpz_t term;
-        mpz_init(term);
-        mpz_ui_pow_ui(term, 10, static_cast<unsigned long>(-result.exponent_));
-        mpz_mul_si(term, term, integer);
-        mpz_add(result.units_, result.units_, term);
-        mpz_clear(term);
+        Decimal result = to_unit(std::min(exponent_, 0L)), term = power_of_ten(-result.exponent_);
+        mpz_mul_si(term.units_, term.units_, integer);
+        mpz_add(result.units_, result.units_, term.units_);
         return result;
     }
 
     // Rounds half away from zero to a multiple of 10^place.
     Decimal rounded(long place) const {
-        Decimal result = *this;
-        if (place <= exponent_) return result;
-        mpz_t unit, half;
-        mpz_init(unit);
-        mpz_init(half);
-        mpz_ui_pow_ui(unit, 10, static_cast<unsigned long>(place - exponent_));
-        mpz_tdiv_q_ui(half, unit, 2);
-        (sign() < 0 ? mpz_sub : mpz_add)(result.units_, result.units_, half);
-        mpz_tdiv_q(result.units_, result.units_, unit);
-        result.exponent_ = place;
-        mpz_clear(unit);
-        mpz_clear(half);
-        return result;
+        if (place <= exponent_) return *this;
+        Decimal half = power_of_ten(place - exponent_), result = *this;
+        mpz_tdiv_q_ui(half.units_, half.units_, 2);
+        (sign() < 0 ? mpz_sub : mpz_add)(result.units_, result.units_, half.units_);
+        return result.truncated(place);
     }
 
     // Drops what lies below 10^place.
     Decimal truncated(long place) const {
+        if (place <= exponent_) return *this;
         Decimal result = *this;
-        if (place <= exponent_) return result;
-        mpz_t unit;
-        mpz_init(unit);
-        mpz_ui_pow_ui(unit, 10, static_cast<unsigned long>(place - exponent_));
-        mpz_tdiv_q(result.units_, result.units_, unit);
+        mpz_tdiv_q(result.units_, units_, power_of_ten(place - exponent_).units_);
         result.exponent_ = place;
-        mpz_clear(unit);
         return result;
     }
 
     // All digits of the magnitude, without leading zeros; "0" for zero.
     std::string digits() const {
-        char *s = mpz_get_str(nullptr, 10, units_);
-        std::string result = s + (sign() < 0);
-        void (*release)(void *, size_t);
-        mp_get_memory_functions(nullptr, nullptr, &release);
-        release(s, result.size() + 1 + (sign() < 0));
-        return result;
+        std::string result(mpz_sizeinbase(units_, 10) + 2, '\0');
+        mpz_get_str(result.data(), 10, units_);
+        return result.c_str() + (sign() < 0);
     }
 
     // Canonical text: no exponent, no zeros at either end, "0" before the point.
@@ -130,7 +120,7 @@ public:
         const long e = kept.first_pair();
         if (e > 62) return {};
         if (e < -64) return {1, 128};
-        const Decimal aligned = kept.exponent_ % 2 == 0 ? kept : Decimal(kept, kept.exponent_ - 1);
+        const Decimal aligned = kept.to_unit(kept.exponent_ - (kept.exponent_ & 1));
         std::string d = aligned.digits();
         if (d.size() % 2 != 0) d.insert(0, 1, '0');
         const bool negative = sign() < 0;
@@ -146,11 +136,10 @@ public:
     }
 
 private:
-    // The same value with a lower exponent.
-    Decimal(const Decimal &v, long exponent) : exponent_(exponent) {
-        mpz_init(units_);
-        mpz_ui_pow_ui(units_, 10, static_cast<unsigned long>(v.exponent_ - exponent));
-        mpz_mul(units_, units_, v.units_);
+    static Decimal power_of_ten(long places) {
+        Decimal result;
+        mpz_ui_pow_ui(result.units_, 10, static_cast<unsigned long>(places));
+        return result;
     }
 
     mpz_t units_;

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
@@ -13,18 +14,19 @@
 
 #include "oci_handle.h"
 #include "oci_utils/oci_utils.h"
+#include "support/data.h"
 #include "support/services.h"
 
 inline constexpr ub1 unused = 0xEE;  // bytes of a record that nobody wrote
 
 // A record from its first bytes; the others hold `unused`.
-inline OCINumber number(std::initializer_list<int> bytes) {
+inline OCINumber number(const std::vector<int> &bytes) {
     OCINumber n;
     std::memset(&n, unused, sizeof n);
-    size_t i = 0;
-    for (int b : bytes) n.OCINumberPart[i++] = static_cast<ub1>(b);
+    std::copy(bytes.begin(), bytes.end(), n.OCINumberPart);
     return n;
 }
+inline OCINumber hex(const std::string &bytes) { return number(hex_bytes(bytes)); }
 
 inline bool operator==(const OCINumber &a, const OCINumber &b) {
     return std::memcmp(&a, &b, sizeof a) == 0;
@@ -85,6 +87,14 @@ inline std::string argument_error(int code, int argument) {
     return code == 21560
                ? text("OCI-21560: argument %d is null, invalid, or out of range\n", argument)
                : text("OCI-22060: argument [%d] is an invalid or uninitialized number\n", argument);
+}
+
+// The line that the log has for a message: without its prefix and line end.
+inline std::string error_line(const std::string &message) {
+    return "E " + message.substr(4, message.size() - 5);
+}
+inline std::string returned(const std::string &name, int status) {
+    return text("D function %s return with status %d", name.c_str(), status);
 }
 
 // One call and all that may be seen of it.

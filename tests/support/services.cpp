@@ -21,7 +21,7 @@ static std::string format(const char *fmt, va_list args) {
     return result;
 }
 
-std::string text(const char *fmt, ...) {
+std::string print_text(const char *fmt, ...) {
     va_list args;
     va_start(args, fmt);
     std::string result = format(fmt, args);
@@ -31,9 +31,11 @@ std::string text(const char *fmt, ...) {
 
 std::vector<std::string> take_log() { return std::exchange(log_lines, {}); }
 
-std::string take_masked_log() {
+std::string take_masked_log() { return masked(take_log()); }
+
+std::string masked(const std::vector<std::string> &lines) {
     std::string all;
-    for (const std::string &line : take_log()) all += line + "\n";
+    for (const std::string &line : lines) all += line + "\n";
     return std::regex_replace(all, std::regex("0x[0-9a-f]+|thread [0-9]+"), "P");
 }
 

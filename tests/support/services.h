@@ -3,17 +3,33 @@
 
 #include <cstdarg>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 // Lines of the log since the last call: "D " or "E " (or the level's number)
 // and the text. Places are checked on the way: a file name and a line.
 std::vector<std::string> take_log();
 
-// The same as one text, with P for every address and thread number.
+// Lines as one text, with P for every address and thread number; and the log so.
+std::string masked(const std::vector<std::string> &lines);
 std::string take_masked_log();
 
-// printf into a string.
-std::string text(const char *fmt, ...) __attribute__((format(printf, 1, 2)));
+std::string print_text(const char *fmt, ...);
+
+// printf into a string; pointers but those to characters go to %p as they are.
+template <class... Arguments>
+std::string text(const char *fmt, const Arguments &...arguments) {
+    const auto plain = [](const auto &a) {
+        using T = std::decay_t<decltype(a)>;
+        if constexpr (std::is_pointer_v<T> && !std::is_same_v<T, const char *> &&
+                      !std::is_same_v<T, char *>) {
+            return static_cast<const void *>(a);
+        } else {
+            return static_cast<T>(a);
+        }
+    };
+    return print_text(fmt, plain(arguments)...);
+}
 
 struct Heap {
     int live = 0;                   // blocks that were not freed

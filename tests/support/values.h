@@ -6,12 +6,6 @@
 #include "support/exact.h"
 #include "support/numbers.h"
 
-inline OCINumber number(const std::vector<int> &bytes) {
-    OCINumber n = number({});
-    for (size_t i = 0; i < bytes.size(); ++i) n.OCINumberPart[i] = static_cast<ub1>(bytes[i]);
-    return n;
-}
-
 // Digits with runs of 0 and 9 and of halves, where carries and ties live.
 inline std::string random_digits(std::mt19937_64 &random, size_t length) {
     std::string digits;

@@ -12,7 +12,8 @@ char *format_number(LibraryError &error, const OCINumber &number, const std::str
     if (OCINumberToText(error.handle(), &number, reinterpret_cast<const OraText *>(model.data()),
                         static_cast<ub4>(model.size()), nullptr, 0, &size,
                         reinterpret_cast<OraText *>(out)) != OCI_SUCCESS) {
-        reason = error.message();
+        // The library's message has nothing but the record's address.
+        reason = error.code() == 602 ? "no text of 128 characters or fewer" : error.message();
         return nullptr;
     }
     out[size] = '\n';
