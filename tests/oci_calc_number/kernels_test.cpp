@@ -86,8 +86,6 @@ template <int... N>
 void each(const auto &check) {
     (check(Real<N>()), ...);
 }
-constexpr int wide = sizeof(Wide::m) / sizeof(ub8);
-static_assert(std::is_same_v<Wide, Real<wide>>);
 
 // And compares what a kernel stores with a value of MPFR's.
 #define EXPECT_BITS(bound, got, want, ...) \
@@ -97,7 +95,7 @@ TEST_F(Kernels, ArithmeticAndConversion) {
     constexpr ub8 divisor = 12345678901234567;
     for (int i = 0; i < rounds; ++i) {
         const Operand a(random_text(-30, 30)), b(random_text(-30, 30));
-        each<3, 4, 8, wide>([&]<int N>(Real<N> r) {
+        each<3, 4, 8, calc::wide_limbs>([&]<int N>(Real<N> r) {
             SCOPED_TRACE(a.text + " " + b.text);
             const Real<N> x = a.real<N>(), y = b.real<N>();
             const Value vx(x), vy(y);
@@ -144,7 +142,7 @@ TEST_F(Kernels, Exponential) {
         Value want;
         mpfr_exp(want.v, x.exact.v, MPFR_RNDN);
         if (x.real<4>().exp > 9) continue;
-        each<3, 4, wide>([&]<int N>(Real<N> r) {
+        each<3, 4, calc::wide_limbs>([&]<int N>(Real<N> r) {
             calc::exp(r, x.real<N>());
             EXPECT_BITS(exp_bits<N>, r, want);
         });
@@ -165,7 +163,7 @@ TEST_F(Kernels, Logarithm) {
         SCOPED_TRACE(text);
         Value want;
         mpfr_log(want.v, x.exact.v, MPFR_RNDN);
-        each<3, 4, 8, wide>([&]<int N>(Real<N> r) {
+        each<3, 4, 8, calc::wide_limbs>([&]<int N>(Real<N> r) {
             calc::ln(r, x.decimal);
             EXPECT_BITS(ln_bits<N>, r, want);
         });
@@ -186,7 +184,7 @@ TEST_F(Kernels, SineAndCosine) {
         mpfr_frac(r.v, r.v, MPFR_RNDN);
         mpfr_mul(r.v, r.v, half_pi.v, MPFR_RNDN);
         mpfr_sin_cos(s.v, c.v, r.v, MPFR_RNDN);
-        each<3, 4, wide>([&]<int N>(Real<N> sine) {
+        each<3, 4, calc::wide_limbs>([&]<int N>(Real<N> sine) {
             Real<N> cosine;
             calc::Angle<N> angle;
             calc::reduce(angle, x.decimal);
@@ -203,7 +201,7 @@ TEST_F(Kernels, ArcTangent) {
         SCOPED_TRACE(y.text + " " + x.text);
         Value want;
         mpfr_atan2(want.v, y.exact.v, x.exact.v, MPFR_RNDN);
-        each<3, 4, wide>([&]<int N>(Real<N> r) {
+        each<3, 4, calc::wide_limbs>([&]<int N>(Real<N> r) {
             calc::atan_quotient(r, y.real<N>(), x.real<N>());
             EXPECT_BITS(atan_bits<N>, r, want);
         });
@@ -216,7 +214,7 @@ TEST_F(Kernels, RoundingNextToPowersOfTheLimbBase) {
     for (int k = -15; k <= 15; ++k) {
         const std::string want = "1e" + std::to_string(8 * k);
         const Operand x(want);
-        each<3, 4, 8, wide>([&]<int N>(Real<N> r) {
+        each<3, 4, 8, calc::wide_limbs>([&]<int N>(Real<N> r) {
             for (int step = -8; step <= 8; ++step) {
                 calc::to_real(r, x.decimal);
                 Limbs<N> ulp = {static_cast<ub8>(step < 0 ? -step : step)};
