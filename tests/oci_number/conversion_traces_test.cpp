@@ -55,6 +55,7 @@ Outcome call(OCIError *err, const std::vector<std::string> &c) {
 
 TEST(ConversionTraces, Calls) {
     const std::regex address("0x[0-9a-f]+");
+    ASSERT_FALSE(data_rows("conversion_traces.txt").empty());
     for (const auto &[line, c] : data_rows("conversion_traces.txt")) {
         SCOPED_TRACE(line);
         ErrorHandle err;

@@ -40,6 +40,7 @@ std::vector<int> read(const std::string &str, const std::string &fmt, int code,
 
 TEST(FromText, Results) {
     const std::string bad_character = "E OCINumberFromText get a error character\n";
+    ASSERT_FALSE(data_rows("from_text.txt").empty());
     for (const auto &[line, c] : data_rows("from_text.txt")) {
         SCOPED_TRACE(line);
         if (c[2] == "character") {

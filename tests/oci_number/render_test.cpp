@@ -9,6 +9,7 @@ const std::string returns_0 = "D function OCINumberProcessValue return with stat
 const std::string returns_error = "D function OCINumberProcessValue return with status -1";
 
 TEST(Render, CutsAndRounds) {
+    ASSERT_FALSE(data_rows("render.txt").empty());
     for (const auto &[line, c] : data_rows("render.txt")) {
         SCOPED_TRACE(line);
         const OCINumber n = from_text(c[0]);
