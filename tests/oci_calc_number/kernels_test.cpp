@@ -81,35 +81,37 @@ protected:
 
 constexpr int rounds = 300;
 
+// Runs a check at each width.
+template <int... N>
+void each(const auto &check) {
+    (check(Real<N>()), ...);
+}
+
+// And compares what a kernel stores with a value of MPFR's.
+#define EXPECT_BITS(bound, got, want, ...) \
+    EXPECT_GE(bits(Value(got), want __VA_OPT__(, ) __VA_ARGS__), calc::bound)
+
 TEST_F(Kernels, ArithmeticAndConversion) {
+    constexpr ub8 divisor = 12345678901234567;
     for (int i = 0; i < rounds; ++i) {
         const Operand a(random_text(-30, 30)), b(random_text(-30, 30));
-        const auto check = [&]<int N>(Real<N> r) {
+        each<3, 4, 8, calc::wide_limbs>([&]<int N>(Real<N> r) {
             SCOPED_TRACE(a.text + " " + b.text);
-            Value want;
             const Real<N> x = a.real<N>(), y = b.real<N>();
-            EXPECT_GE(bits(Value(x), a.exact), calc::operand_bits<N>);
             const Value vx(x), vy(y);
-            calc::mul(r, x, y);
-            mpfr_mul(want.v, vx.v, vy.v, MPFR_RNDN);
-            EXPECT_GE(bits(Value(r), want), calc::real_bits<N>);
-            calc::div(r, x, y);
-            mpfr_div(want.v, vx.v, vy.v, MPFR_RNDN);
-            EXPECT_GE(bits(Value(r), want), calc::real_bits<N>);
-            calc::add(r, x, y);
-            mpfr_add(want.v, vx.v, vy.v, MPFR_RNDN);
-            EXPECT_GE(bits(Value(r), want), calc::real_bits<N>);
-            calc::div_1(r, x, 12345678901234567ul);
-            mpfr_div_ui(want.v, vx.v, 12345678901234567ul, MPFR_RNDN);
-            EXPECT_GE(bits(Value(r), want), calc::real_bits<N>);
-            calc::sqrt(r, x);
-            mpfr_sqrt(want.v, vx.v, MPFR_RNDN);
-            EXPECT_GE(bits(Value(r), want), calc::sqrt_bits<N>);
-        };
-        check(Real<3>());
-        check(Real<4>());
-        check(Real<8>());
-        check(Wide());
+            Value want;
+            EXPECT_BITS(operand_bits<N>, x, a.exact);
+            calc::mul(r, x, y), mpfr_mul(want.v, vx.v, vy.v, MPFR_RNDN);
+            EXPECT_BITS(real_bits<N>, r, want);
+            calc::div(r, x, y), mpfr_div(want.v, vx.v, vy.v, MPFR_RNDN);
+            EXPECT_BITS(real_bits<N>, r, want);
+            calc::add(r, x, y), mpfr_add(want.v, vx.v, vy.v, MPFR_RNDN);
+            EXPECT_BITS(real_bits<N>, r, want);
+            calc::div_1(r, x, divisor), mpfr_div_ui(want.v, vx.v, divisor, MPFR_RNDN);
+            EXPECT_BITS(real_bits<N>, r, want);
+            calc::sqrt(r, x), mpfr_sqrt(want.v, vx.v, MPFR_RNDN);
+            EXPECT_BITS(sqrt_bits<N>, r, want);
+        });
     }
 }
 
@@ -140,13 +142,10 @@ TEST_F(Kernels, Exponential) {
         Value want;
         mpfr_exp(want.v, x.exact.v, MPFR_RNDN);
         if (x.real<4>().exp > 9) continue;
-        const auto check = [&]<int N>(Real<N> r) {
+        each<3, 4, calc::wide_limbs>([&]<int N>(Real<N> r) {
             calc::exp(r, x.real<N>());
-            EXPECT_GE(bits(Value(r), want), calc::exp_bits<N>);
-        };
-        check(Real<3>());
-        check(Real<4>());
-        check(Wide());
+            EXPECT_BITS(exp_bits<N>, r, want);
+        });
     }
 }
 
@@ -164,14 +163,10 @@ TEST_F(Kernels, Logarithm) {
         SCOPED_TRACE(text);
         Value want;
         mpfr_log(want.v, x.exact.v, MPFR_RNDN);
-        const auto check = [&]<int N>(Real<N> r) {
+        each<3, 4, 8, calc::wide_limbs>([&]<int N>(Real<N> r) {
             calc::ln(r, x.decimal);
-            EXPECT_GE(bits(Value(r), want), calc::ln_bits<N>);
-        };
-        check(Real<3>());
-        check(Real<4>());
-        check(Real<8>());
-        check(Wide());
+            EXPECT_BITS(ln_bits<N>, r, want);
+        });
     }
 }
 
@@ -189,16 +184,14 @@ TEST_F(Kernels, SineAndCosine) {
         mpfr_frac(r.v, r.v, MPFR_RNDN);
         mpfr_mul(r.v, r.v, half_pi.v, MPFR_RNDN);
         mpfr_sin_cos(s.v, c.v, r.v, MPFR_RNDN);
-        const auto check = [&]<int N>(Real<N> sine, Real<N> cosine) {
+        each<3, 4, calc::wide_limbs>([&]<int N>(Real<N> sine) {
+            Real<N> cosine;
             calc::Angle<N> angle;
             calc::reduce(angle, x.decimal);
             calc::sin_cos(&sine, &cosine, angle);
-            EXPECT_GE(bits(Value(sine), s, false), calc::sin_cos_bits<N>);
-            EXPECT_GE(bits(Value(cosine), c, false), calc::sin_cos_bits<N>);
-        };
-        check(Real<3>(), Real<3>());
-        check(Real<4>(), Real<4>());
-        check(Wide(), Wide());
+            EXPECT_BITS(sin_cos_bits<N>, sine, s, false);
+            EXPECT_BITS(sin_cos_bits<N>, cosine, c, false);
+        });
     }
 }
 
@@ -208,13 +201,10 @@ TEST_F(Kernels, ArcTangent) {
         SCOPED_TRACE(y.text + " " + x.text);
         Value want;
         mpfr_atan2(want.v, y.exact.v, x.exact.v, MPFR_RNDN);
-        const auto check = [&]<int N>(Real<N> r) {
+        each<3, 4, calc::wide_limbs>([&]<int N>(Real<N> r) {
             calc::atan_quotient(r, y.real<N>(), x.real<N>());
-            EXPECT_GE(bits(Value(r), want), calc::atan_bits<N>);
-        };
-        check(Real<3>());
-        check(Real<4>());
-        check(Wide());
+            EXPECT_BITS(atan_bits<N>, r, want);
+        });
     }
 }
 
@@ -224,7 +214,7 @@ TEST_F(Kernels, RoundingNextToPowersOfTheLimbBase) {
     for (int k = -15; k <= 15; ++k) {
         const std::string want = "1e" + std::to_string(8 * k);
         const Operand x(want);
-        const auto check = [&]<int N>(Real<N> r) {
+        each<3, 4, 8, calc::wide_limbs>([&]<int N>(Real<N> r) {
             for (int step = -8; step <= 8; ++step) {
                 calc::to_real(r, x.decimal);
                 Limbs<N> ulp = {static_cast<ub8>(step < 0 ? -step : step)};
@@ -238,11 +228,7 @@ TEST_F(Kernels, RoundingNextToPowersOfTheLimbBase) {
                 ASSERT_TRUE(calc::round_to_record(result, r, 64 * N - 16));
                 ASSERT_EQ(oracle::text(result), want) << N << " " << step;
             }
-        };
-        check(Real<3>());
-        check(Real<4>());
-        check(Real<8>());
-        check(Wide());
+        });
     }
 }
 

@@ -3,72 +3,44 @@
 #include <gmp.h>
 #include <mpfr.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <map>
 #include <stdexcept>
 #include <string_view>
 
+#include "support/exact.h"
+
 namespace oracle {
 namespace {
 
-struct Digits {  // +-0.digits * 10^exp
-    bool negative = false;
-    std::string digits;
-    long exp = 0;
-};
-
-Digits parse(const std::string &text) {
-    Digits d;
+Decimal parse(const std::string &text) {
     const size_t e = text.find('e');
     std::string mantissa = text.substr(0, e);
     long exp = e == std::string::npos ? 0 : std::stol(text.substr(e + 1));
-    if (mantissa[0] == '-') d.negative = true, mantissa.erase(0, 1);
     if (const size_t dot = mantissa.find('.'); dot != std::string::npos) {
         exp -= static_cast<long>(mantissa.size() - dot - 1);
         mantissa.erase(dot, 1);
     }
-    const size_t first = mantissa.find_first_not_of('0');
-    if (first == std::string::npos) return {};
-    mantissa.erase(0, first);
-    d.exp = exp + static_cast<long>(mantissa.size());
-    mantissa.erase(mantissa.find_last_not_of('0') + 1);
-    d.digits = mantissa;
-    return d;
+    return Decimal(mantissa, exp);
 }
 
-std::string format(Digits d) {
-    const size_t last = d.digits.find_last_not_of('0');
-    if (last == std::string::npos) return "0";
-    d.digits.erase(last + 1);
-    return (d.negative ? "-" : "") + d.digits + "e" +
-           std::to_string(d.exp - static_cast<long>(d.digits.size()));
+std::string format(const Decimal &d) {
+    if (d.sign() == 0) return "0";
+    std::string digits = d.digits();
+    const size_t count = digits.find_last_not_of('0') + 1;
+    const long zeros = static_cast<long>(digits.size() - count);
+    return (d.sign() < 0 ? "-" : "") + digits.substr(0, count) + "e" +
+           std::to_string(d.exponent() + zeros);
 }
 
-// Digits from the first one to the 20th base-100 digit: 40, or 39 when the first has one.
-size_t kept_digits(long exp) { return exp % 2 == 0 ? 40 : 39; }
+// Of the 20th base-100 digit.
+long last_place(const Decimal &d) { return 2 * (d.first_pair() - 19); }
 
-Digits round(Digits d) {
-    const size_t keep = kept_digits(d.exp);
-    if (d.digits.size() <= keep) return d;
-    const bool up = d.digits[keep] >= '5';
-    d.digits.resize(keep);
-    if (!up) return d;
-    size_t i = keep;
-    while (i > 0 && d.digits[i - 1] == '9') d.digits[--i] = '0';
-    if (i > 0) {
-        ++d.digits[i - 1];
-    } else {
-        d.digits.insert(0, "1");
-        ++d.exp;
-    }
-    return d;
-}
-
-std::string in_range(const Digits &d) {
-    if (d.digits.empty()) return "0";
-    if (d.exp > 126) return d.negative ? "-inf" : "inf";
-    if (d.exp < -127) return "0";
-    return format(d);
+std::string rounded_in_range(const Decimal &value) {
+    const Decimal d = value.rounded(last_place(value));
+    if (d.first_pair() > 62) return d.sign() < 0 ? "-inf" : "inf";
+    return d.first_pair() < -64 ? "0" : format(d);
 }
 
 struct Mpfr {
@@ -79,22 +51,14 @@ struct Mpfr {
     Mpfr &operator=(const Mpfr &) = delete;
 };
 
-Digits digits_of(mpfr_srcptr v, size_t count, mpfr_rnd_t rounding) {
-    Digits d;
-    if (mpfr_zero_p(v)) return d;
+// Finite, not zero.
+Decimal digits_of(mpfr_srcptr v, size_t count, mpfr_rnd_t rounding) {
     mpfr_exp_t exp;
     char *s = mpfr_get_str(nullptr, &exp, 10, count, v, rounding);
-    d.negative = s[0] == '-';
-    d.digits = s + (d.negative ? 1 : 0);
-    d.exp = exp;
+    const Decimal d(s, exp - static_cast<long>(count));
     mpfr_free_str(s);
     return d;
 }
-
-using Unary = int (*)(mpfr_ptr, mpfr_srcptr, mpfr_rnd_t);
-using Binary = int (*)(mpfr_ptr, mpfr_srcptr, mpfr_srcptr, mpfr_rnd_t);
-using EngineUnary = sword (*)(const QZCICalcNumber *, QZCICalcNumber *);
-using EngineBinary = sword (*)(const QZCICalcNumber *, const QZCICalcNumber *, QZCICalcNumber *);
 
 // The logarithm of x to the base b, as the number module has it computed.
 int mpfr_log_base(mpfr_ptr r, mpfr_srcptr b, mpfr_srcptr x, mpfr_rnd_t rounding) {
@@ -112,71 +76,62 @@ sword log_base(const QZCICalcNumber *b, const QZCICalcNumber *x, QZCICalcNumber 
 }
 
 struct Function {
-    Unary unary;
-    Binary binary;
-    EngineUnary engine_unary;
-    EngineBinary engine_binary;
+    int (*mpfr)(mpfr_ptr, mpfr_srcptr, mpfr_srcptr, mpfr_rnd_t);
+    sword (*engine)(const QZCICalcNumber *, const QZCICalcNumber *, QZCICalcNumber *);
 };
+
+// Functions of one operand leave the second alone.
+template <auto mpfr, auto engine>
+constexpr Function unary = {[](mpfr_ptr r, mpfr_srcptr a, mpfr_srcptr, mpfr_rnd_t rounding) {
+                                return mpfr(r, a, rounding);
+                            },
+                            [](const QZCICalcNumber *a, const QZCICalcNumber *, QZCICalcNumber *r) {
+                                return engine(a, r);
+                            }};
 
 const Function &find(std::string_view name) {
     static const std::map<std::string_view, Function> functions = {
-        {"exp", {mpfr_exp, nullptr, QZCICalcNumExp, nullptr}},
-        {"ln", {mpfr_log, nullptr, QZCICalcNumLn, nullptr}},
-        {"sin", {mpfr_sin, nullptr, QZCICalcNumSinWithRound, nullptr}},
-        {"cos", {mpfr_cos, nullptr, QZCICalcNumCosWithRound, nullptr}},
-        {"tan", {mpfr_tan, nullptr, QZCICalcNumTanWithRound, nullptr}},
-        {"asin", {mpfr_asin, nullptr, QZCICalcNumAsin, nullptr}},
-        {"acos", {mpfr_acos, nullptr, QZCICalcNumAcos, nullptr}},
-        {"atan", {mpfr_atan, nullptr, QZCICalcNumAtan, nullptr}},
-        {"sinh", {mpfr_sinh, nullptr, QZCICalcNumSinh, nullptr}},
-        {"cosh", {mpfr_cosh, nullptr, QZCICalcNumCosh, nullptr}},
-        {"tanh", {mpfr_tanh, nullptr, QZCICalcNumTanh, nullptr}},
-        {"pow", {nullptr, mpfr_pow, nullptr, QZCICalcNumPower}},
-        {"log", {nullptr, mpfr_log_base, nullptr, log_base}},
-        {"atan2", {nullptr, mpfr_atan2, nullptr, QZCICalcNumAtan2}},
+        {"exp", unary<mpfr_exp, QZCICalcNumExp>},
+        {"ln", unary<mpfr_log, QZCICalcNumLn>},
+        {"sin", unary<mpfr_sin, QZCICalcNumSinWithRound>},
+        {"cos", unary<mpfr_cos, QZCICalcNumCosWithRound>},
+        {"tan", unary<mpfr_tan, QZCICalcNumTanWithRound>},
+        {"asin", unary<mpfr_asin, QZCICalcNumAsin>},
+        {"acos", unary<mpfr_acos, QZCICalcNumAcos>},
+        {"atan", unary<mpfr_atan, QZCICalcNumAtan>},
+        {"sinh", unary<mpfr_sinh, QZCICalcNumSinh>},
+        {"cosh", unary<mpfr_cosh, QZCICalcNumCosh>},
+        {"tanh", unary<mpfr_tanh, QZCICalcNumTanh>},
+        {"pow", {mpfr_pow, QZCICalcNumPower}},
+        {"log", {mpfr_log_base, log_base}},
+        {"atan2", {mpfr_atan2, QZCICalcNumAtan2}},
     };
     return functions.at(name);
 }
 
-// numerator / denominator of a decimal text.
-void set_rational(mpq_t q, const std::string &text) {
-    const size_t e = text.find('e');
-    const long exp = std::stol(text.substr(e + 1));
-    mpz_t power;
-    mpz_init(power);
-    mpz_ui_pow_ui(power, 10, static_cast<unsigned long>(std::labs(exp)));
-    mpq_set_str(q, text.substr(0, e).c_str(), 10);
-    if (exp >= 0)
-        mpz_mul(mpq_numref(q), mpq_numref(q), power);
-    else
-        mpz_mul(mpq_denref(q), mpq_denref(q), power);
-    mpq_canonicalize(q);
-    mpz_clear(power);
+// base^n for the magnitude of a decimal text, n > 0.
+void power(mpq_t r, const std::string &base, unsigned long n) {
+    const Decimal d = parse(base);
+    const std::string zeros(static_cast<size_t>(std::labs(d.exponent())), '0');
+    mpq_set_str(r, (d.digits() + (d.exponent() < 0 ? "/1" : "") + zeros).c_str(), 10);
+    mpq_canonicalize(r);
+    mpz_pow_ui(mpq_numref(r), mpq_numref(r), n);
+    mpz_pow_ui(mpq_denref(r), mpq_denref(r), n);
 }
 
-void power(mpq_t r, const mpq_t q, unsigned long n) {
-    mpz_pow_ui(mpq_numref(r), mpq_numref(q), n);
-    mpz_pow_ui(mpq_denref(r), mpq_denref(q), n);
-}
-
-// Whether |a|^b is exactly the value `tie` (positive), by |a|^p == tie^q for b = p/q.
+// Whether |a|^b is exactly the value |tie|, by |a|^p == |tie|^q for b = p/q.
 bool is_exact_power(const std::string &a, const std::string &b, const std::string &tie) {
-    mpq_t x, y, t, left, right;
-    mpq_inits(x, y, t, left, right, nullptr);
-    set_rational(x, a[0] == '-' ? a.substr(1) : a);
-    set_rational(y, b);
-    set_rational(t, tie);
-    if (mpq_sgn(y) < 0) {
-        mpq_inv(x, x);
-        mpq_neg(y, y);
-    }
+    mpq_t y, left, right;
+    mpq_inits(y, left, right, nullptr);
+    power(y, b, 1);
     bool exact = false;
     if (mpz_cmp_ui(mpq_numref(y), 1000000) < 0 && mpz_cmp_ui(mpq_denref(y), 10000) < 0) {
-        power(left, x, mpz_get_ui(mpq_numref(y)));
-        power(right, t, mpz_get_ui(mpq_denref(y)));
+        power(left, a, mpz_get_ui(mpq_numref(y)));
+        if (b[0] == '-') mpq_inv(left, left);
+        power(right, tie, mpz_get_ui(mpq_denref(y)));
         exact = mpq_equal(left, right) != 0;
     }
-    mpq_clears(x, y, t, left, right, nullptr);
+    mpq_clears(y, left, right, nullptr);
     return exact;
 }
 
@@ -184,26 +139,20 @@ bool is_exact_power(const std::string &a, const std::string &b, const std::strin
 
 QZCICalcNumber record(const std::string &text) {
     if (text == "inf" || text == "-inf") return {{0}, text == "inf" ? sb1{1} : sb1{-1}, 1, 0, 0, 0};
-    const Digits d = parse(text);
-    QZCICalcNumber n;
-    for (ub4 &limb : n.data_part) limb = 0xdeadbeef;
-    n.num_signed = d.negative ? -1 : 1;
-    n.num_infinity = 0;
-    n.start_pos = n.end_pos = 0;
-    n.is_zero = d.digits.empty();
-    if (n.is_zero) {
-        n.data_part[0] = 0;
-        return n;
-    }
-    long low = d.exp - static_cast<long>(d.digits.size());
-    std::string digits = d.digits;
-    for (; ((low % 8) + 8) % 8 != 0; --low) digits += '0';
-    while (digits.size() % 8 != 0) digits.insert(0, "0");
+    const Decimal d = parse(text);
+    QZCICalcNumber n = {{0}, d.sign() < 0 ? sb1{-1} : sb1{1}, 0, 0, 0, d.sign() == 0};
+    if (d.sign() == 0) return n;
+    std::fill_n(n.data_part + 1, 39, 0xdeadbeef);
+    std::string digits = d.digits();
+    const long low = d.exponent() - (d.exponent() & 7);
+    digits.append(static_cast<size_t>(d.exponent() - low), '0');
+    digits.insert(0, -digits.size() % 8, '0');
+    while (digits.ends_with("00000000")) digits.resize(digits.size() - 8), ++n.end_pos;
     const size_t count = digits.size() / 8;
     for (size_t i = 0; i < count; ++i)
         n.data_part[i] = static_cast<ub4>(std::stoul(digits.substr(8 * (count - 1 - i), 8)));
-    n.end_pos = static_cast<sb1>(low / 8);
-    n.start_pos = static_cast<sb1>(low / 8 + static_cast<long>(count) - 1);
+    n.end_pos = static_cast<sb1>(n.end_pos + low / 8);
+    n.start_pos = static_cast<sb1>(n.end_pos + static_cast<long>(count) - 1);
     return n;
 }
 
@@ -223,18 +172,17 @@ std::string text(const QZCICalcNumber &n) {
 }
 
 std::string round20(const std::string &text) {
-    const bool has_digits = text.find_first_of("0123456789") != std::string::npos;
-    return has_digits && text != "0" ? format(round(parse(text))) : text;
+    if (text.find_first_of("0123456789") == std::string::npos) return text;
+    const Decimal d = parse(text);
+    return format(d.rounded(last_place(d)));
 }
 
 std::string truncate20(const std::string &text) {
-    Digits d = parse(text);
-    if (d.digits.size() > kept_digits(d.exp)) d.digits.resize(kept_digits(d.exp));
-    return format(d);
+    const Decimal d = parse(text);
+    return format(d.truncated(last_place(d)));
 }
 
 std::string expected(const std::string &function, const std::string &a, const std::string &b) {
-    const Function &f = find(function);
     // Operands are off by 2^-prec, relatively; no function here multiplies that by more
     // than 2^650 (10^126 for a large angle, 10^45 next to a multiple of pi/2, 300 in an
     // exponent, 10^40 next to a zero). So 2^(slack - prec) bounds the result's error.
@@ -242,15 +190,12 @@ std::string expected(const std::string &function, const std::string &a, const st
     for (mpfr_prec_t prec = 1400; prec < 40000; prec *= 2) {
         Mpfr x(prec), y(prec), v(prec), low(prec), high(prec), e(prec);
         mpfr_set_str(x.v, a.c_str(), 10, MPFR_RNDN);
-        if (f.binary != nullptr) {
-            mpfr_set_str(y.v, b.c_str(), 10, MPFR_RNDN);
-            if (mpfr_zero_p(x.v)) mpfr_abs(x.v, x.v, MPFR_RNDN);
-            if (mpfr_zero_p(x.v) && mpfr_sgn(y.v) < 0 && function == "pow") return "error";
-            f.binary(v.v, x.v, y.v, MPFR_RNDN);
-        } else {
-            if (function == "ln" && mpfr_zero_p(x.v)) return "error";
-            f.unary(v.v, x.v, MPFR_RNDN);
-        }
+        mpfr_set_str(y.v, b.empty() ? "0" : b.c_str(), 10, MPFR_RNDN);
+        for (mpfr_ptr z : {x.v, y.v})
+            if (mpfr_zero_p(z)) mpfr_abs(z, z, MPFR_RNDN);
+        const bool pole = function == "ln" || (function == "pow" && mpfr_sgn(y.v) < 0);
+        if (pole && mpfr_zero_p(x.v)) return "error";
+        find(function).mpfr(v.v, x.v, y.v, MPFR_RNDN);
         if (mpfr_nan_p(v.v)) return "error";
         if (mpfr_inf_p(v.v)) return mpfr_sgn(v.v) < 0 ? "-inf" : "inf";
         if (mpfr_zero_p(v.v)) return "0";
@@ -258,17 +203,12 @@ std::string expected(const std::string &function, const std::string &a, const st
         mpfr_sub(low.v, v.v, e.v, MPFR_RNDZ);
         mpfr_add(high.v, v.v, e.v, MPFR_RNDA);
         const size_t count = static_cast<size_t>(static_cast<double>(prec - slack) * 0.3);
-        const std::string down = in_range(round(digits_of(low.v, count, MPFR_RNDZ)));
-        const std::string up = in_range(round(digits_of(high.v, count, MPFR_RNDA)));
-        if (down == up) return up;
+        const Decimal up = digits_of(high.v, count, MPFR_RNDA);
+        const std::string result = rounded_in_range(up);
+        if (rounded_in_range(digits_of(low.v, count, MPFR_RNDZ)) == result) return result;
         if (function == "pow" && prec > 5000) {
-            Digits tie = digits_of(high.v, count, MPFR_RNDA);
-            tie.digits.resize(kept_digits(tie.exp) + 1);
-            const bool negative = tie.negative;
-            tie.negative = false;
-            if (!is_exact_power(a, b, format(tie))) continue;
-            tie.negative = negative;
-            return in_range(round(tie));
+            const Decimal tie = up.truncated(last_place(up) - 1);
+            if (is_exact_power(a, b, format(tie))) return rounded_in_range(tie);
         }
     }
     throw std::runtime_error("undecided: " + function + " " + a + " " + b);
@@ -276,9 +216,7 @@ std::string expected(const std::string &function, const std::string &a, const st
 
 sword call(const char *function, const QZCICalcNumber &a, const QZCICalcNumber &b,
            QZCICalcNumber &result) {
-    const Function &f = find(function);
-    return f.engine_unary != nullptr ? f.engine_unary(&a, &result)
-                                     : f.engine_binary(&a, &b, &result);
+    return find(function).engine(&a, &b, &result);
 }
 
 std::string actual(const std::string &function, const std::string &a, const std::string &b) {

@@ -65,10 +65,10 @@ std::string operand(Random &random, bool may_be_negative) {
             const std::string end = ends[between(random, 0, 4)];
             return oracle::truncate20(end + digits(random, between(random, 1, 34)) + "e0");
         }
-        case 10:  // next to 1, full length
-            return sign + oracle::truncate20(
-                              "0." + std::string(static_cast<size_t>(between(random, 1, 20)), '9') +
-                              digits(random, 40) + "e0");
+        case 10: {  // next to 1, full length
+            const std::string nines(static_cast<size_t>(between(random, 1, 20)), '9');
+            return sign + oracle::truncate20("0." + nines + digits(random, 40) + "e0");
+        }
         default:  // powers of 10 and 2
             return sign + (between(random, 0, 1)
                                ? "1e" + std::to_string(between(random, -128, 125))

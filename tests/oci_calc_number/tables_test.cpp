@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <sstream>
 
 namespace {
@@ -36,12 +35,12 @@ void expect_entry(const char *table, size_t index, const u64 *entry, size_t coun
     mpz_clears(want, got, nullptr);
 }
 
-using Compute = std::function<void(mpfr_ptr, long)>;
+constexpr mpfr_rnd_t nearest = MPFR_RNDN;
 
 // Rows of Width limbs, of which `count` from `first` on hold compute(row).
 template <size_t Rows, size_t Width>
 void expect_table(const char *name, const u64 (&table)[Rows][Width], size_t first, size_t count,
-                  const Compute &compute) {
+                  const auto &compute) {
     for (size_t i = 0; i < Rows; ++i) {
         Number v;
         compute(v.v, static_cast<long>(i));
@@ -56,23 +55,19 @@ void ratio(mpfr_ptr v, long num, unsigned bits) {
     mpfr_set_si_2exp(v, num, -static_cast<mpfr_exp_t>(bits), MPFR_RNDN);
 }
 
-// (pi/2)^k / k! / 2
-void half_pi_term(mpfr_ptr v, long k) {
-    mpfr_const_pi(v, MPFR_RNDN);
-    mpfr_div_2ui(v, v, 1, MPFR_RNDN);
-    mpfr_pow_si(v, v, k, MPFR_RNDN);
-    Number factorial;
-    mpfr_fac_ui(factorial.v, static_cast<unsigned long>(k), MPFR_RNDN);
-    mpfr_div(v, v, factorial.v, MPFR_RNDN);
-    mpfr_div_2ui(v, v, 1, MPFR_RNDN);
+void half(mpfr_ptr v) { mpfr_div_2ui(v, v, 1, nearest); }
+
+// pi/2 * i / 2^9
+void angle(mpfr_ptr v, long i) {
+    mpfr_const_pi(v, nearest), mpfr_mul_si(v, v, i, nearest), mpfr_div_2ui(v, v, 10, nearest);
 }
 
-void sin_cos_half(mpfr_ptr v, long i, bool sine) {
-    mpfr_const_pi(v, MPFR_RNDN);
-    mpfr_mul_si(v, v, i, MPFR_RNDN);
-    mpfr_div_2ui(v, v, 10, MPFR_RNDN);
-    (sine ? mpfr_sin : mpfr_cos)(v, v, MPFR_RNDN);
-    mpfr_div_2ui(v, v, 1, MPFR_RNDN);
+// (pi/2)^k / k! / 2
+void half_pi_term(mpfr_ptr v, long k) {
+    Number divisor;
+    mpfr_fac_ui(divisor.v, static_cast<unsigned long>(k), nearest);
+    mpfr_const_pi(v, nearest), half(v), mpfr_pow_si(v, v, k, nearest);
+    mpfr_div(v, v, divisor.v, nearest), half(v);
 }
 
 // -ln of the entry's factor, c * 2^63 or 1 - g * 2^-64.
@@ -99,55 +94,39 @@ void expect_ln_table(const char *name, const u64 (&table)[Rows][9], unsigned lev
     }
 }
 
+void inverse(mpfr_ptr v, long n) { mpfr_set_si(v, n, nearest), mpfr_ui_div(v, 1, v, nearest); }
+
 TEST(Tables, EveryEntryIsTheTruncatedValue) {
     EXPECT_TABLE(power_mantissa, 0, 16, {
-        mpfr_set_ui(v, 10, MPFR_RNDN);
-        mpfr_pow_si(v, v, 8 * (i + calc::min_power), MPFR_RNDN);
+        mpfr_set_ui(v, 10, nearest), mpfr_pow_si(v, v, 8 * (i + calc::min_power), nearest);
         EXPECT_EQ(mpfr_get_exp(v), calc::power_exp(static_cast<int>(i) + calc::min_power));
         mpfr_set_exp(v, 0);
     });
-    EXPECT_TABLE(exp_high, 0, 4, {
-        ratio(v, i, 8);
-        mpfr_exp(v, v, MPFR_RNDN);
-        mpfr_div_2ui(v, v, 1, MPFR_RNDN);
-    });
-    EXPECT_TABLE(exp_low, 0, 4, {
-        ratio(v, i, 16);
-        mpfr_expm1(v, v, MPFR_RNDN);
-    });
+    EXPECT_TABLE(exp_high, 0, 4, { ratio(v, i, 8), mpfr_exp(v, v, nearest), half(v); });
+    EXPECT_TABLE(exp_low, 0, 4, { ratio(v, i, 16), mpfr_expm1(v, v, nearest); });
     EXPECT_TABLE(exp_coefficient, 0, 4, {
-        mpfr_fac_ui(v, static_cast<unsigned long>(i + 2), MPFR_RNDN);
-        mpfr_ui_div(v, 1, v, MPFR_RNDN);
+        mpfr_fac_ui(v, static_cast<unsigned long>(i + 2), nearest), mpfr_ui_div(v, 1, v, nearest);
     });
     expect_ln_table("ln_level_1", calc::ln_level_1, 1);
     expect_ln_table("ln_level_2", calc::ln_level_2, 2);
     expect_ln_table("ln_level_3", calc::ln_level_3, 3);
     expect_ln_table("ln_level_4", calc::ln_level_4, 4);
     expect_ln_table("ln_level_5", calc::ln_level_5, 5);
-    EXPECT_TABLE(ln_coefficient, 0, 8, {
-        mpfr_set_si(v, i + 2, MPFR_RNDN);
-        mpfr_ui_div(v, 1, v, MPFR_RNDN);
-    });
+    EXPECT_TABLE(ln_coefficient, 0, 8, { inverse(v, i + 2); });
     EXPECT_TABLE(turns, 0, 20, {
         Number two_pi;
-        mpfr_const_pi(two_pi.v, MPFR_RNDN);
-        mpfr_mul_2ui(two_pi.v, two_pi.v, 1, MPFR_RNDN);
-        mpfr_set_ui(v, 10, MPFR_RNDN);
-        mpfr_pow_si(v, v, 8 * (i + calc::min_turns), MPFR_RNDN);
-        mpfr_div(v, v, two_pi.v, MPFR_RNDN);
-        mpfr_frac(v, v, MPFR_RNDN);
+        mpfr_const_pi(two_pi.v, nearest), mpfr_mul_2ui(two_pi.v, two_pi.v, 1, nearest);
+        mpfr_set_ui(v, 10, nearest), mpfr_pow_si(v, v, 8 * (i + calc::min_turns), nearest);
+        mpfr_div(v, v, two_pi.v, nearest), mpfr_frac(v, v, nearest);
     });
-    EXPECT_TABLE(sin_cos_half, 0, 4, { sin_cos_half(v, i, true); });
-    EXPECT_TABLE(sin_cos_half, 4, 4, { sin_cos_half(v, i, false); });
+    EXPECT_TABLE(sin_cos_half, 0, 4, { angle(v, i), mpfr_sin(v, v, nearest), half(v); });
+    EXPECT_TABLE(sin_cos_half, 4, 4, { angle(v, i), mpfr_cos(v, v, nearest), half(v); });
     EXPECT_TABLE(sine_coefficient, 0, 4, { half_pi_term(v, 2 * i + 1); });
     EXPECT_TABLE(versine_coefficient, 0, 4, { half_pi_term(v, 2 * i + 2); });
-    EXPECT_TABLE(atan_level_1, 0, 4, { ratio(v, i, 8), mpfr_atan(v, v, MPFR_RNDN); });
-    EXPECT_TABLE(atan_level_2, 0, 4, { ratio(v, i, 16), mpfr_atan(v, v, MPFR_RNDN); });
-    EXPECT_TABLE(atan_level_3, 0, 4, { ratio(v, i, 24), mpfr_atan(v, v, MPFR_RNDN); });
-    EXPECT_TABLE(atan_coefficient, 0, 4, {
-        mpfr_set_si(v, 2 * i + 3, MPFR_RNDN);
-        mpfr_ui_div(v, 1, v, MPFR_RNDN);
-    });
+    EXPECT_TABLE(atan_level_1, 0, 4, { ratio(v, i, 8), mpfr_atan(v, v, nearest); });
+    EXPECT_TABLE(atan_level_2, 0, 4, { ratio(v, i, 16), mpfr_atan(v, v, nearest); });
+    EXPECT_TABLE(atan_level_3, 0, 4, { ratio(v, i, 24), mpfr_atan(v, v, nearest); });
+    EXPECT_TABLE(atan_coefficient, 0, 4, { inverse(v, 2 * i + 3); });
     Number v;
     mpfr_const_log2(v.v, MPFR_RNDN);
     expect_entry("ln_2", 0, calc::ln_2, 16, v.v);

@@ -1,3 +1,4 @@
+#include "support/data.h"
 #include "support/guard_page.h"
 #include "support/values.h"
 
@@ -38,35 +39,19 @@ std::vector<int> read(const std::string &str, const std::string &fmt, int code,
 }
 
 TEST(FromText, Results) {
-    // clang-format off
-    const std::string accepted[][3] = {  // text, model, value
-        {"123.45", "999.99", "123.45"}, {"  -12.5", "99.9", "-12.5"}, {"12", "99.9", "12"},
-        {"12", "999", "12"}, {"012", "099", "12"}, {"12", "909", "12"}, {"1.20", "9.9", "1.2"},
-        {"1.000", "9.", "1"}, {".5", ".9", "0.5"}, {"-.5", ".0", "-0.5"}, {".5", "9.", "0.5"},
-        {"12.", "99.", "12"}, {"1.5", "99", "1.5"}, {"1.23456", "99.9", "1.23456"},
-        {"  -0.0", "9.9", "0"},
-    };
-    const std::string refused[][2] = {
-        {"12", "099"}, {"2", "909"}, {"1234", "999"}, {"0012", "999"}, {"1.25", "9.9"},
-        {"1.00", "9"}, {"12.5", "99"}, {"12.", "99"}, {"1", ""}, {".5", ""}, {"-", ""},
-        {"   ", "99"}, {"-", "99"}, {"  -", "9.9"}, {".", "9."}, {"1.2.3", "999.9"},
-        {std::string(127, '1'), std::string(127, '9')},
-    };
-    const std::string bad_character[] = {
-        "+5", "1e5", "1,000", "12 ", "- 1", "--1", "\t1", "1\x80",
-    };
-    const std::string bad_model[][2] = {
-        {"12", "9,99"}, {"12", "FM99"}, {"12", "99..9"}, {"1x", "TM"},
-    };
-    // clang-format on
-    for (const auto &row : accepted) {
-        EXPECT_EQ(read(row[0], row[1], 0), value_bytes(from_text(row[2]))) << row[0];
+    const std::string bad_character = "E OCINumberFromText get a error character\n";
+    ASSERT_FALSE(data_rows("from_text.txt").empty());
+    for (const auto &[line, c] : data_rows("from_text.txt")) {
+        SCOPED_TRACE(line);
+        if (c[2] == "character") {
+            read(c[0], c[1], 22062, bad_character);
+        } else if (c[2].starts_with("2206")) {
+            read(c[0], c[1], std::stoi(c[2]));
+        } else {
+            EXPECT_EQ(read(c[0], c[1], 0), value_bytes(from_text(c[2])));
+        }
     }
-    for (const auto &row : refused) read(row[0], row[1], 22062);
-    for (const auto &str : bad_character) {
-        read(str, "9999", 22062, "E OCINumberFromText get a error character\n");
-    }
-    for (const auto &row : bad_model) read(row[0], row[1], 22061);
+    for (const char *str : {"\t1", "1\x80"}) read(str, "9999", 22062, bad_character);
 }
 
 // The rules in terms of strings: the number's parts against the model's.
@@ -105,55 +90,6 @@ TEST(FromText, RandomTextsAndModels) {
         }
         if (HasFailure()) return;
     }
-}
-
-TEST(FromText, Arguments) {
-    const auto bytes = [](const char *s) { return reinterpret_cast<const OraText *>(s); };
-    OCINumber n = number({});
-    const auto check = [&](const char *str, ub4 str_length, const char *fmt, bool nls,
-                           OCINumber *result, int code, const std::string &message,
-                           const std::string &log) {
-        ErrorHandle err;
-        take_log();
-        EXPECT_EQ(OCINumberFromText(err, bytes(str), str_length, bytes(fmt), fmt != nullptr,
-                                    nls ? bytes("x") : nullptr, nls, result),
-                  OCI_ERROR);
-        const std::string all = take_masked_log();
-        EXPECT_EQ(all.substr(all.find('\n') + 1),
-                  log + "\nD function OCINumberFromText return with status -1\n");
-        EXPECT_EQ(err.code(), code);
-        EXPECT_EQ(err.message(), message);
-    };
-    const auto check_argument = [&](const char *str, const char *fmt, int argument) {
-        check(str, 0, fmt, true, nullptr, 21560, argument_error(21560, argument),
-              text("E 21560: argument %d is null, invalid, or out of range", argument));
-    };
-    check_argument(nullptr, nullptr, 2);
-    check_argument("1x", nullptr, 3);
-    check("1x", 2, nullptr, true, nullptr, 22062, "OCI-22062: invalid input string [1x]\n",
-          "E call OCINumberFromText with invalid str [1x]");
-    check("1x", 2, "x", true, nullptr, 21560, argument_error(21560, 8),
-          "E 21560: argument 8 is null, invalid, or out of range");
-    check("1x", 2, "x", true, &n, 22061, "OCI-22061: invalid format text [x]",
-          "D call OCINumberFromTextProcessFmt with params [fmt:x]\n"
-          "E call OCINNumberFromText with invalid fmt [x]");
-    const std::string nls = "call OCINumberFromText with nls_params which is not supported";
-    check("1x", 2, "9", true, &n, 602, nls,
-          "D call OCINumberFromTextProcessFmt with params [fmt:9]\nE " + nls);
-    EXPECT_EQ(n, number({}));
-
-    EXPECT_EQ(OCINumberFromText(nullptr, nullptr, 0, nullptr, 0, nullptr, 1, nullptr), -2);
-    EXPECT_EQ(take_masked_log(),
-              "D call OCINumberFromText with params [err:(nil)] [str:(nil)] [str_length:0] "
-              "[fmt:(nil)] [fmt_length:0] [nls_params:(nil)] [nls_p_length:1] [number:(nil)]\n"
-              "E call OCINumberFromText with invalid handle\n"
-              "D function OCINumberFromText return with status -2\n");
-    // A quoted text is cut where the handle's message ends.
-    ErrorHandle err;
-    const std::string longest(5000, '8');
-    EXPECT_EQ(OCINumberFromText(err, bytes(longest.data()), 5000, bytes("9"), 1, nullptr, 0, &n),
-              OCI_ERROR);
-    EXPECT_EQ(err.message(), ("OCI-22062: invalid input string [" + longest).substr(0, 3072));
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include "oci_number/oci_number.h"
+#include "support/data.h"
 #include "support/numbers.h"
 
 namespace {
@@ -8,33 +9,19 @@ const std::string returns_0 = "D function OCINumberProcessValue return with stat
 const std::string returns_error = "D function OCINumberProcessValue return with status -1";
 
 TEST(Render, CutsAndRounds) {
-    const struct {
-        const char *number;
-        ub4 scale;
-        boolean has_tm;
-        const char *text;
-        // clang-format off
-    } rows[] = {
-        {"123.456", 2, 0, "123.46"}, {"123.454", 2, 0, "123.45"}, {"1.2996", 3, 0, "1.3"},
-        {"1.3004", 3, 0, "1.300"}, {"1.2095", 3, 0, "1.21"}, {"9.96", 1, 0, "10"},
-        {"99.5", 0, 0, "100"}, {"8.5", 0, 0, "9"}, {"-9.5", 0, 0, "-10"},
-        {"-999.9996", 3, 0, "-1000"}, {"-1.25", 1, 0, "-1.3"}, {"0.95", 1, 0, "1"},
-        {"-0.95", 1, 0, "-1"}, {"0.5", 0, 0, "1"}, {"-0.5", 0, 0, "-1"}, {"0.4", 0, 0, "0"},
-        {"-0.4", 0, 0, "-0"}, {"0.04", 1, 0, ".0"}, {"-0.04", 1, 0, "-.0"}, {"0.5", 3, 0, ".5"},
-        {"0.5", 4294967295, 0, ".5"}, {"-0.25", 0, 1, "-.25"}, {"120", 2, 0, "120"},
-        {"120", 0, 1, "120"}, {"0", 0, 0, "0"}, {"0", 0, 1, "0"},
-    };
-    // clang-format on
-    for (const auto &row : rows) {
-        SCOPED_TRACE(text("%s to %u", row.number, row.scale));
-        const OCINumber n = from_text(row.number);
+    ASSERT_FALSE(data_rows("render.txt").empty());
+    for (const auto &[line, c] : data_rows("render.txt")) {
+        SCOPED_TRACE(line);
+        const OCINumber n = from_text(c[0]);
         OraText buffer[128] = {};
         OraText *str = buffer;
         sb8 length = sizeof buffer;
         take_log();
-        ASSERT_EQ(OCINumberProcessValue(&n, &str, &length, row.scale, row.has_tm), OCI_SUCCESS);
-        EXPECT_EQ(std::string(str, str + length), row.text);
-        EXPECT_EQ(str - buffer, row.text[row.text[0] == '-'] == '.' ? 1 : 0);
+        ASSERT_EQ(OCINumberProcessValue(&n, &str, &length, static_cast<ub4>(std::stoul(c[1])),
+                                        c[2] == "1"),
+                  OCI_SUCCESS);
+        EXPECT_EQ(std::string(str, str + length), c[3]);
+        EXPECT_EQ(str - buffer, c[3][c[3][0] == '-'] == '.' ? 1 : 0);
         EXPECT_EQ(take_log(), std::vector{returns_0});
     }
 }

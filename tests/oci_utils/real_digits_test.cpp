@@ -4,6 +4,7 @@
 #include <random>
 
 #include "oci_utils/oci_utils.h"
+#include "support/data.h"
 #include "support/numbers.h"
 
 namespace {
@@ -27,26 +28,12 @@ std::string exact_digits_of(ub8 mantissa, int exponent, unsigned count) {
 }
 
 TEST(RealDigits, Known) {
-    const struct {
-        ub8 mantissa;
-        int exponent;
-        unsigned count;
-        const char *digits;
-    } rows[] = {
-        {15, -1, 3, "750 0"},
-        {1, 0, 1, "1 0"},
-        {25, -1, 2, "12 1"},  // ties to even
-        {27, -1, 2, "14 1"},
-        {19, -1, 1, "1 1"},               // 9.5, a tie with a carry
-        {999999995, 0, 8, "10000000 9"},  // and down from 99999999 5
-        {999999985, 0, 8, "99999998 8"},
-        {0x1999999999999A, -56, 17, "10000000000000001 -1"},
-        {~ub8{0}, 0, 20, "18446744073709551615 19"},
-        {1, -16445, 20, "36451995318824746025 -4951"},
-        {~ub8{0}, 16320, 20, "11897314953572317650 4932"},
-    };
-    for (const auto &row : rows) {
-        EXPECT_EQ(digits_of(row.mantissa, row.exponent, row.count), row.digits);
+    ASSERT_FALSE(data_rows("real_digits.txt").empty());
+    for (const auto &[line, c] : data_rows("real_digits.txt")) {
+        EXPECT_EQ(digits_of(std::stoull(c[0], nullptr, 0), std::stoi(c[1]),
+                            static_cast<unsigned>(std::stoul(c[2]))),
+                  c[3] + " " + c[4])
+            << line;
     }
 }
 

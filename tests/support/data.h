@@ -1,6 +1,7 @@
 // Tables of tests/data.
 #pragma once
 
+#include <cstdlib>
 #include <fstream>
 #include <iomanip>
 #include <sstream>
@@ -35,6 +36,7 @@ struct DataRow {
 // empty; "#" starts a comment.
 inline std::vector<DataRow> data_rows(const std::string &name) {
     std::ifstream in(OCI_NUMBER_TEST_DATA + name);
+    if (!in) std::abort();  // no table: no test
     std::vector<DataRow> rows;
     for (std::string line; std::getline(in, line);) {
         std::istringstream words(line);
