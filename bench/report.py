@@ -138,9 +138,9 @@ def main():
 
     def put(marker, content):
         nonlocal text
-        pattern = re.compile(f"(<!-- {marker} -->\n).*?(\n<!-- end -->)", re.S)
-        assert pattern.search(text), marker
-        text = pattern.sub(lambda m: m.group(1) + content + m.group(2), text)
+        start = text.index(f"<!-- {marker} -->\n") + len(f"<!-- {marker} -->\n")
+        end = text.index("<!-- end -->", start)
+        text = text[:start] + "\n" + content + "\n\n" + text[end:]
 
     put("base", table(BASE, run("bench_base")))
     put("text", table(TEXT, run("bench_text")))

@@ -63,16 +63,15 @@ extern "C" sword getStrFromNumber(const OCINumber *number, OraText *buf, ub2 *si
     for (unsigned i = 0; i < max_digits; ++i) {
         digits[i] = decode_digit(negative, number->OCINumberPart[2 + i]);
     }
+    bool out_of_range = false;
+    for (int i = 0; i < stored; ++i) out_of_range |= digits[i] > 99;
+    if (out_of_range) return OCI_ERROR;
     // Zero digits at both ends are no part of the text, whatever form is stored.
-    int first = stored;
-    int end = 0;
-    for (int i = 0; i < stored; ++i) {
-        if (digits[i] > 99) return OCI_ERROR;
-        if (digits[i] == 0) continue;
-        if (end == 0) first = i;
-        end = i + 1;
-    }
+    int first = 0;
+    int end = stored;
+    while (end > 0 && digits[end - 1] == 0) --end;
     if (end == 0) return put_zero_value(buf, size);
+    while (digits[first] == 0) ++first;
 
     // The point stands between two digits: behind this many of them, or before
     // the first one with zeros behind it.
