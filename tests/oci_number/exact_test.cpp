@@ -20,8 +20,12 @@ TEST(Exact, Shift) {
         const Decimal value = random_value(random);
         const int size = static_cast<int>(random() % (random() % 4 ? 9 : 500));
         const int count = random() % 2 ? size : -size;
-        EXPECT_EQ(run("Shift", number(value.bytes()), count), result_bytes(value.shifted(count)))
-            << value.plain() << " by " << count;
+        SCOPED_TRACE(value.plain() + text(" by %d", count));
+        const Bytes bytes = value.bytes(), shifted = run("Shift", number(bytes), count);
+        EXPECT_EQ(shifted, result_bytes(value.shifted(count)));
+        // And back, where nothing was lost.
+        const bool in_range = shifted[0] != 1 && shifted != Bytes{2, 255, 101};
+        if (in_range && bytes[0] < 21) EXPECT_EQ(run("Shift", number(shifted), -count), bytes);
     }
 }
 
@@ -40,26 +44,65 @@ TEST(Exact, Steps) {
     }
 }
 
-TEST(Exact, Cuts) {
+// Whether Round and Prec leave the value as it is: negative, with 20 digit bytes,
+// and cut at the last of them.
+bool is_kept(const Decimal &value, long place) {
+    const Bytes bytes = value.bytes();
+    const long last = 2 * (value.first_pair() - 19);  // the weight of the last digit pair
+    return bytes[0] == 21 && value.sign() < 0 && bytes[21] != 102 &&
+           (place == last + 1 || place == last + 2);
+}
+
+void check_cuts(const Decimal &value, int count) {
+    SCOPED_TRACE(value.plain() + text(" at %d", count));
+    const OCINumber n = number(value.bytes());
+    const auto rounded = [&](long place) {
+        return is_kept(value, place) ? value.bytes() : result_bytes(value.rounded(place));
+    };
+    const long top = static_cast<long>(value.digits().size()) + value.exponent();
+    EXPECT_EQ(run("Round", n, count), rounded(-count));
+    EXPECT_EQ(run("Trunc", n, count), result_bytes(value.truncated(-count)));
+    if (count >= 0) EXPECT_EQ(run("Prec", n, count), rounded(top - count));
+}
+
+TEST(Exact, CutsOfAllShortValues) {
+    for (int digits = 1; digits < 10000 && !HasFailure(); ++digits) {
+        for (const long exponent : {-5L, -2L, 1L}) {
+            const Decimal value((digits % 2 ? "" : "-") + std::to_string(digits), exponent);
+            const int last = static_cast<int>(-exponent) + 1;
+            for (int count = last - 6; count <= last; ++count) check_cuts(value, count);
+        }
+    }
+}
+
+TEST(Exact, CutsOfRandomValues) {
     auto random = seeded();
-    for (long i = random_cases(50000); i > 0 && !HasFailure(); --i) {
+    for (long i = random_cases(20000); i > 0 && !HasFailure(); --i) {
         const Decimal value = random_value(random);
         const int near = static_cast<int>(-value.exponent()) + 2,
                   some = static_cast<int>(random() % 45);
-        const int count = random() % 8 ? near - some : some;
-        SCOPED_TRACE(value.plain() + text(" at %d", count));
-        const Bytes bytes = value.bytes();
-        // A negative value of 20 digit bytes stays as it is where its last one is cut.
-        const bool full_negative = bytes[0] == 21 && value.sign() < 0 && bytes[21] != 102;
-        const long last = 2 * (value.first_pair() - 19);  // the weight of the last digit pair
-        const auto expected = [&](long place) {
-            const bool kept = full_negative && (place == last + 1 || place == last + 2);
-            return kept ? bytes : result_bytes(value.rounded(place));
-        };
+        check_cuts(value, random() % 8 ? near - some : some);
+    }
+}
+
+// An operation on the negated value is the negation of the operation.
+TEST(Exact, Mirror) {
+    auto random = seeded();
+    for (long i = random_cases(20000); i > 0 && !HasFailure(); --i) {
+        const Decimal value = random_value(random);
+        const OCINumber n = number(value.bytes()), mirrored = number(run("Neg", n));
+        const Decimal negative = Decimal::of(value_bytes(value.sign() < 0 ? n : mirrored));
+        const int count = static_cast<int>(random() % 90) - 45;
         const long top = static_cast<long>(value.digits().size()) + value.exponent();
-        EXPECT_EQ(run("Round", number(bytes), count), expected(-count));
-        EXPECT_EQ(run("Trunc", number(bytes), count), result_bytes(value.truncated(-count)));
-        if (count >= 0) EXPECT_EQ(run("Prec", number(bytes), count), expected(top - count));
+        for (const char *operation : {"Round", "Trunc", "Prec", "Shift"}) {
+            SCOPED_TRACE(value.plain() + text(" %s %d", operation, count));
+            const bool prec = operation[0] == 'P';
+            if ((prec || operation[0] == 'R') && is_kept(negative, prec ? top - count : -count)) {
+                continue;
+            }
+            const OCINumber a = number(run(operation, n, count));
+            EXPECT_EQ(value_bytes(a), run("Neg", number(run(operation, mirrored, count))));
+        }
     }
 }
 
