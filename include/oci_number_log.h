@@ -68,10 +68,11 @@ OCI_NUMBER_API sword qzoci_log_set_file(const char *path);
 /* A sink of the program's own. `context` is the pointer given with the sink,
  * `level` a log_level, `file` and `line` the logging statement's place, and
  * `text` the escaped, NUL-terminated text of `length` bytes, without time stamp
- * or line end. The pointers are valid during the call only. The sink may be
- * called from several threads at once. It may call the library, but not the
- * functions of this header, and must return: no exception, no longjmp. Lines that
- * the library would log while the sink runs in the same thread are dropped. */
+ * or line end. The pointers are valid during the call only. The sink is
+ * called on the thread that logs, by one thread at a time. It may call the
+ * library, but not the functions of this header, and must return: no exception, no
+ * longjmp. Lines that the library would log while the sink runs in the same thread
+ * are dropped. */
 typedef void (*qzoci_log_sink)(void *context, int level, const char *file, long line,
                                const char *text, size_t length);
 

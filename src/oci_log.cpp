@@ -31,9 +31,9 @@ struct Destination {
     void *context = nullptr;
 };
 Destination destination;
-// Held shared while a line is emitted, exclusively while the destination
-// changes: a descriptor is never closed, a sink never returned, under a writer.
-pthread_rwlock_t destination_lock = PTHREAD_RWLOCK_INITIALIZER;
+// Held while a line is emitted and while the destination changes: a descriptor is
+// never closed, a sink never exchanged, under a writer.
+pthread_mutex_t destination_lock = PTHREAD_MUTEX_INITIALIZER;
 
 // Set when a write left a line without its end; the next one ends it first.
 std::atomic<bool> line_is_cut{false};
@@ -176,7 +176,7 @@ __attribute__((format(printf, 4, 0))) void emit(log_level level, const char *fil
         end = escape(end, static_cast<unsigned char>(raw.data()[i]));
     }
 
-    pthread_rwlock_rdlock(&destination_lock);
+    pthread_mutex_lock(&destination_lock);
     if (destination.sink != nullptr) {
         *end = '\0';
         inside_sink = true;
@@ -190,7 +190,7 @@ __attribute__((format(printf, 4, 0))) void emit(log_level level, const char *fil
         *end++ = '\n';
         write_line(destination.fd, text - head_length, end);
     }
-    pthread_rwlock_unlock(&destination_lock);
+    pthread_mutex_unlock(&destination_lock);
 }
 
 // The level that a name or number stands for, 0 when there is none.
@@ -206,16 +206,15 @@ int parse_level(const char *text) {
 // A child process starts with the lock free and the destination whole, whatever
 // other threads were doing at the fork.
 void before_fork() {
-    if (!inside_sink) pthread_rwlock_wrlock(&destination_lock);
+    if (!inside_sink) pthread_mutex_lock(&destination_lock);
 }
-void after_fork_in_parent() {
-    if (!inside_sink) pthread_rwlock_unlock(&destination_lock);
+void after_fork() {
+    if (!inside_sink) pthread_mutex_unlock(&destination_lock);
 }
-void after_fork_in_child() { destination_lock = PTHREAD_RWLOCK_INITIALIZER; }
 
 __attribute__((constructor)) void start() {
     const int saved_errno = errno;
-    pthread_atfork(before_fork, after_fork_in_parent, after_fork_in_child);
+    pthread_atfork(before_fork, after_fork, after_fork);
     if (const char *path = secure_getenv("OCI_NUMBER_LOG_FILE"); path != nullptr && *path != '\0') {
         qzoci_log_set_file(path);
     }
@@ -260,11 +259,11 @@ extern "C" sword qzoci_log_set_file(const char *path) {
         if (fd < 0) return -1;
         fcntl(fd, F_SETFL, O_APPEND);
     }
-    pthread_rwlock_wrlock(&destination_lock);
+    pthread_mutex_lock(&destination_lock);
     const int former = destination.fd;
     destination = {fd, nullptr, nullptr};
     line_is_cut.store(false, std::memory_order_relaxed);
-    pthread_rwlock_unlock(&destination_lock);
+    pthread_mutex_unlock(&destination_lock);
     const int saved_errno = errno;
     if (former != STDERR_FILENO) close(former);
     errno = saved_errno;
@@ -272,8 +271,8 @@ extern "C" sword qzoci_log_set_file(const char *path) {
 }
 
 extern "C" void qzoci_log_set_sink(qzoci_log_sink sink, void *context) {
-    pthread_rwlock_wrlock(&destination_lock);
+    pthread_mutex_lock(&destination_lock);
     destination.sink = sink;
     destination.context = context;
-    pthread_rwlock_unlock(&destination_lock);
+    pthread_mutex_unlock(&destination_lock);
 }
