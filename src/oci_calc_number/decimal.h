@@ -14,8 +14,6 @@ struct Decimal {
     bool negative;
 };
 
-inline constexpr u64 limb_base_2 = u64{limb_base} * limb_base;
-
 // Reads a finite non-zero record. False when it does not come from a number: more
 // limbs than 20 base-100 digits take, or positions out of their range, which is
 // wider at the low end: digits behind zeros in front count less than 10^-128.
@@ -29,10 +27,10 @@ inline bool read(Decimal &d, const QZCICalcNumber &n) {
     const ub4 *const limb = n.data_part;
     u64 pair[3] = {};
     for (int i = 0; i < count; ++i) pair[i / 2] += i % 2 != 0 ? u64{limb[i]} * limb_base : limb[i];
-    const u128 t = static_cast<u128>(pair[2]) * limb_base_2 + pair[1];
-    u128 p = static_cast<u128>(low(t)) * limb_base_2 + pair[0];
+    const u128 t = static_cast<u128>(pair[2]) * word_base + pair[1];
+    u128 p = static_cast<u128>(low(t)) * word_base + pair[0];
     d.m[0] = low(p);
-    p = static_cast<u128>(high(t)) * limb_base_2 + high(p);
+    p = static_cast<u128>(high(t)) * word_base + high(p);
     d.m[1] = low(p);
     d.m[2] = high(p);
     return true;

@@ -16,8 +16,7 @@ using calc::Limbs;
 using calc::low;
 using calc::u128;
 using calc::u64;
-
-constexpr u64 word_base = u64{limb_base} * limb_base;  // below 2^54
+using calc::word_base;
 
 // The value of the record's top 2N limbs, filled up with zeros. The lowest limb's
 // position is start_pos - 2N + 1.

@@ -20,6 +20,7 @@
 namespace calc {
 
 inline constexpr ub4 limb_base = 100000000;
+inline constexpr ub8 word_base = ub8{limb_base} * limb_base;  // of two limbs; below 2^54
 inline constexpr int limb_digits = 8;
 inline constexpr int max_limbs = 40;
 // An OCINumber's 20 base-100 digits lie in at most 6 limbs, at these positions:

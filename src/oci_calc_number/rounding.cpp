@@ -71,8 +71,8 @@ bool round_to_record(QZCICalcNumber &result, const Real<N> &v, int bits, Undecid
     const int first = top_digits(s.top);
     const u64 last_base = power_of_100[4 - first];
     u64 *const f = s.fraction;
-    u64 pair1 = mul_1<N>(f, f, limb_base_2);
-    u64 pair2 = mul_1<N>(f, f, limb_base_2);
+    u64 pair1 = mul_1<N>(f, f, word_base);
+    u64 pair2 = mul_1<N>(f, f, word_base);
     u64 last = mul_1<N>(f, f, last_base);
 
     // f is what follows the last digit, v below 10^40 < 2^133 units of that digit. So
@@ -94,9 +94,9 @@ bool round_to_record(QZCICalcNumber &result, const Real<N> &v, int bits, Undecid
 
     if (up && ++last == last_base) {
         last = 0;
-        if (++pair2 == limb_base_2) {
+        if (++pair2 == word_base) {
             pair2 = 0;
-            if (++pair1 == limb_base_2) {
+            if (++pair1 == word_base) {
                 pair1 = 0;
                 if (++s.top == limb_base) {
                     s.top = 1;

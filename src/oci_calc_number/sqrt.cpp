@@ -14,9 +14,9 @@ using calc::Limbs;
 using calc::low;
 using calc::u128;
 using calc::u64;
+using calc::word_base;
 
 constexpr int root_limbs = 6;  // one digit more than 20 at least, as the top is not zero
-constexpr u64 word_base = u64{limb_base} * limb_base;
 // 2 * 10^8 * S stays below 2 * 10^48 < 2^161.
 constexpr int words = 3;
 
