@@ -193,6 +193,19 @@ __attribute__((format(printf, 4, 0))) void emit(log_level level, const char *fil
     pthread_mutex_unlock(&destination_lock);
 }
 
+[[gnu::noinline, gnu::format(printf, 4, 0)]] void write_wanted(log_level level, const char *file,
+                                                               long line, const char *fmt,
+                                                               va_list args) {
+    if (inside_sink || level < LOG_LEVEL_TRACE || level > LOG_LEVEL_SLOWSQL) return;
+    const int saved_errno = errno;
+    // A thread that is cancelled in the write would keep the lock.
+    int cancel_state = 0;
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancel_state);
+    emit(level, file, line, fmt, args);
+    pthread_setcancelstate(cancel_state, nullptr);
+    errno = saved_errno;
+}
+
 // The level that a name or number stands for, 0 when there is none.
 int parse_level(const char *text) {
     if (strcasecmp(text, "OFF") == 0) return QZOCI_LOG_OFF;
@@ -226,21 +239,16 @@ __attribute__((constructor)) void start() {
 
 }  // namespace
 
+// Saves its registers only past the filter: a line that is not wanted costs a load, a
+// comparison and the arguments.
 extern "C" void qzoci_log_inner(log_level level, const char *file, const long line, const char *fmt,
                                 ...) {
     if (level < threshold.load(std::memory_order_relaxed)) [[likely]]
         return;
-    if (inside_sink || level < LOG_LEVEL_TRACE || level > LOG_LEVEL_SLOWSQL) return;
-    const int saved_errno = errno;
-    // A thread that is cancelled in the write would keep the lock.
-    int cancel_state = 0;
-    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancel_state);
     va_list args;
     va_start(args, fmt);
-    emit(level, file, line, fmt, args);
+    write_wanted(level, file, line, fmt, args);
     va_end(args);
-    pthread_setcancelstate(cancel_state, nullptr);
-    errno = saved_errno;
 }
 
 extern "C" void qzoci_log_set_level(int level) {

@@ -2,38 +2,41 @@
 #include <cstdio>
 #include <cstring>
 
-#include "oci_calc_number/engine.h"
+#include "oci_calc_number/record.h"
 
 namespace {
 
-constexpr int max_digits = calc::max_limbs * calc::limb_digits;
+using digit_words::window;
+
+constexpr int max_digits = 2 * window;
 // Powers of ten of the first digit that are written without an exponent.
 constexpr int plain_low = -7;
 constexpr int plain_high = 39;
 
 // The value d.ddd * 10^exponent; first and last digit are not 0.
-struct Decimals {
+struct Shown {
     char digits[max_digits];
     int count;
     int exponent;
 };
 
-void read_digits(const QZCICalcNumber &n, Decimals &d) {
-    char text[max_digits + 1];
-    int length = 0;
-    for (int i = calc::limb_count(n) - 1; i >= 0; --i) {
-        length += std::snprintf(text + length, calc::limb_digits + 1, "%08u", n.data_part[i]);
+void read_digits(const QZCICalcNumber &n, Shown &d) {
+    const calc::Digits packed = calc::digits_of(n);
+    char text[max_digits];
+    for (unsigned i = 0; i < window; ++i) {
+        const unsigned digit = digit_at(packed, i);
+        text[2 * i] = static_cast<char>('0' + digit / 10);
+        text[2 * i + 1] = static_cast<char>('0' + digit % 10);
     }
-    int first = 0;
-    while (text[first] == '0') ++first;
+    const int first = text[0] == '0' ? 1 : 0;
+    int length = max_digits;
     while (text[length - 1] == '0') --length;
     d.count = length - first;
-    d.exponent = calc::limb_digits * (n.start_pos + 1) - 1 - first;
+    d.exponent = 2 * calc::exponent_of(n) + 1 - first;
     std::memcpy(d.digits, text + first, static_cast<size_t>(d.count));
 }
-
 // Rounds half away from zero to `count` digits, 0 < count < d.count.
-void round_digits(Decimals &d, int count) {
+void round_digits(Shown &d, int count) {
     const bool up = d.digits[count] >= '5';
     d.count = count;
     if (up) {
@@ -50,7 +53,7 @@ void round_digits(Decimals &d, int count) {
 
 // How many digits of d a text of `room` characters holds in the plain form; d.count
 // when all do, 0 when the integer digits or the first digit do not fit.
-int fitting_plain(const Decimals &d, int room) {
+int fitting_plain(const Shown &d, int room) {
     const int integer = d.exponent < 0 ? 1 : d.exponent + 1;
     if (integer > room) return 0;
     if (d.count <= d.exponent + 1) return d.count;
@@ -60,14 +63,14 @@ int fitting_plain(const Decimals &d, int room) {
     return fits < 0 ? 0 : fits < d.count ? fits : d.count;
 }
 
-int fitting_scientific(const Decimals &d, int room) {
+int fitting_scientific(const Shown &d, int room) {
     const int left = room - std::snprintf(nullptr, 0, "E%d", d.exponent);
     if (left < 1) return 0;
     const int fits = left > 2 ? left - 1 : 1;
     return fits < d.count ? fits : d.count;
 }
 
-char *write_plain(char *out, const Decimals &d) {
+char *write_plain(char *out, const Shown &d) {
     if (d.exponent < 0) {
         *out++ = '0';
         *out++ = '.';
@@ -80,7 +83,7 @@ char *write_plain(char *out, const Decimals &d) {
     return out;
 }
 
-char *write_scientific(char *out, const Decimals &d) {
+char *write_scientific(char *out, const Shown &d) {
     *out++ = d.digits[0];
     if (d.count > 1) {
         *out++ = '.';
@@ -106,7 +109,7 @@ extern "C" sword QZCICalcNumToStr(const QZCICalcNumber *in, char *buf, size_t si
     if (in->is_zero != 0) return copy_text("0", buf, size);
     if (calc::is_infinite(*in)) return copy_text(negative ? "-~" : "~", buf, size);
 
-    Decimals d;
+    Shown d;
     read_digits(*in, d);
     // Longer than any text of a record.
     constexpr size_t longest = 2 * max_digits;

@@ -1,16 +1,10 @@
 #include <cstdarg>
 #include <cstdio>
 
-#include "oci_number/oci_number.h"
+#include "oci_number/call_frame.h"
 #include "oci_utils/oci_utils.h"
 
 namespace oci_number {
-
-sword OCINumberTraceResult(const char *file, long line, const char *trace_name, sword status) {
-    qzoci_log_inner(LOG_LEVEL_DEBUG, file, line, "function %s return with status %d", trace_name,
-                    status);
-    return status;
-}
 
 sword OCINumberInvalidHandle() {
     QZOCI_LOG_ERROR("get a invalid handle");
@@ -53,38 +47,18 @@ sword OCINumberError22061(OCIError *errhp, const OraText *fmt, ub4 fmt_length) {
                              qzci_oci_prefix(), OCINumberShownLength(fmt_length), fmt);
 }
 
-sword OCINumberCheckNumber(OCIError *errhp, const void *number, ub4 argument) {
+sword OCINumberCheckNumber(OCIError *errhp, const OCINumber *number, ub4 argument) {
     if (number == nullptr) return OCINumberError21560(errhp, argument);
-    if (!number_bytes::has_valid_length(*static_cast<const OCINumber *>(number))) {
-        return OCINumberError22060(errhp, argument);
-    }
+    if (!number_bytes::has_valid_length(*number)) return OCINumberError22060(errhp, argument);
     return OCI_SUCCESS;
 }
 
-static sword OCINumberCheckNumberAndResult(void *err, const void *number, void *result,
-                                           ub4 result_argument) {
+sword OCINumberReportParams(OCIError *err, const OCINumber *number1, const OCINumber *number2,
+                            ub4 result_argument) {
     if (err == nullptr) return OCINumberInvalidHandle();
-    auto *errhp = static_cast<OCIError *>(err);
-    if (sword status = OCINumberCheckNumber(errhp, number, 2)) return status;
-    if (result == nullptr) return OCINumberError21560(errhp, result_argument);
-    return OCI_SUCCESS;
-}
-
-sword OCINumberCheckThreeParams(void *err, const void *number, void *result) {
-    return OCINumberCheckNumberAndResult(err, number, result, 3);
-}
-
-sword OCINumberCheckCountParams(void *err, const void *number, void *result) {
-    return OCINumberCheckNumberAndResult(err, number, result, 4);
-}
-
-sword OCINumberCheckFourParams(void *err, const void *number1, const void *number2, void *result) {
-    if (err == nullptr) return OCINumberInvalidHandle();
-    auto *errhp = static_cast<OCIError *>(err);
-    if (sword status = OCINumberCheckNumber(errhp, number1, 2)) return status;
-    if (sword status = OCINumberCheckNumber(errhp, number2, 3)) return status;
-    if (result == nullptr) return OCINumberError21560(errhp, 4);
-    return OCI_SUCCESS;
+    if (const sword status = OCINumberCheckNumber(err, number1, 2)) return status;
+    if (const sword status = OCINumberCheckNumber(err, number2, 3)) return status;
+    return OCINumberError21560(err, result_argument);
 }
 
 }  // namespace oci_number

@@ -1,6 +1,6 @@
 // The format models of text output: "TM", "TM9", or digit positions "9" and "0"
 // with at most one period, "FM" before them.
-#include "oci_number/oci_number.h"
+#include "oci_number/call_frame.h"
 
 namespace oci_number {
 

@@ -1,7 +1,7 @@
 // Text input: a format model constrains a decimal text, which the codec reads.
 #include <algorithm>
 
-#include "oci_number/oci_number.h"
+#include "oci_number/call_frame.h"
 #include "oci_utils/oci_utils.h"
 
 using namespace oci_number;

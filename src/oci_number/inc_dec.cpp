@@ -1,7 +1,7 @@
 // Increment and decrement in place.
 #include <cstring>
 
-#include "oci_number/oci_number.h"
+#include "oci_number/call_frame.h"
 
 using namespace number_bytes;
 using namespace oci_number;

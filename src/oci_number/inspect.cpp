@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "oci_number/oci_number.h"
+#include "oci_number/call_frame.h"
 
 using namespace number_bytes;
 using namespace oci_number;

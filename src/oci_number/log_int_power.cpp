@@ -1,6 +1,6 @@
 // The logarithm to any base and the integer power, which do not fit the dispatchers.
 #include "oci_calc_number/oci_calc_number.h"
-#include "oci_number/oci_number.h"
+#include "oci_number/call_frame.h"
 
 using namespace number_bytes;
 using namespace oci_number;

@@ -8,7 +8,7 @@
 #include <limits>
 
 #include "oci_malloc.h"
-#include "oci_number/oci_number.h"
+#include "oci_number/call_frame.h"
 #include "oci_utils/oci_utils.h"
 
 using namespace number_bytes;

@@ -1,6 +1,6 @@
 // The plain decimal text of a number, cut and rounded to a count of fraction
 // digits: the step that the conversions to text and to reals share.
-#include "oci_number/oci_number.h"
+#include "oci_number/call_frame.h"
 #include "oci_utils/oci_utils.h"
 
 namespace oci_number {

@@ -1,5 +1,5 @@
 // Precision, rounding and truncation: a value cut at a decimal position.
-#include "oci_number/oci_number.h"
+#include "oci_number/call_frame.h"
 
 using namespace number_bytes;
 using namespace oci_number;

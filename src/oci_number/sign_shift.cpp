@@ -1,5 +1,5 @@
 // Absolute value, negation and the shift by powers of ten.
-#include "oci_number/oci_number.h"
+#include "oci_number/call_frame.h"
 
 using namespace number_bytes;
 using namespace oci_number;

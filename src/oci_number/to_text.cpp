@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "oci_number/oci_number.h"
+#include "oci_number/call_frame.h"
 #include "oci_utils/oci_utils.h"
 
 using namespace number_bytes;

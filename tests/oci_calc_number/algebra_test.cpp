@@ -176,38 +176,6 @@ TEST(Algebra, Ties) {
     }
 }
 
-// Records wider than numbers, as logarithms are: the quotient still rounds right.
-TEST(Algebra, QuotientOfWideRecords) {
-    Random random = seeded();
-    for (long i = random_cases(300); i > 0 && !HasFailure(); --i) {
-        const auto wide = [&](Decimal &exact) {
-            const int count = between(random, 1, 40);
-            QZCICalcNumber r = {};
-            std::string digits;
-            for (int k = 0; k < count; ++k) {
-                const bool edge = between(random, 0, 3) == 0;
-                const int limb = edge && k > 0 && k < count - 1 ? between(random, 0, 1) * 99999999
-                                                                : between(random, 1, 99999999);
-                r.data_part[count - 1 - k] = static_cast<ub4>(limb);
-                digits += text("%08d", limb);
-            }
-            const int end = between(random, -30, 5);
-            r.num_signed = 1;
-            r.end_pos = static_cast<sb1>(end);
-            r.start_pos = static_cast<sb1>(end + count - 1);
-            exact = Decimal(digits, 8 * end);
-            return r;
-        };
-        Decimal a, b;
-        const QZCICalcNumber x = wide(a), y = wide(b);
-        QZCICalcNumber q;
-        ASSERT_EQ(QZCICalcNumDiv(&x, &y, &q), 0);
-        EXPECT_EQ(bytes_of(q), result_bytes(quotient(a, b))) << a.plain() << " / " << b.plain();
-        ASSERT_EQ(QZCICalcNumDiv(&x, &x, &q), 0);
-        EXPECT_EQ(bytes_of(q), (Bytes{2, 193, 2}));
-    }
-}
-
 TEST(Record, RefusedBytes) {
     QZCICalcNumber r;
     for (const OCINumber &n : {hex("00C102"), hex("16C1" + repeated("(02){20}"))}) {

@@ -138,37 +138,25 @@ bool is_exact_power(const std::string &a, const std::string &b, const std::strin
 }  // namespace
 
 QZCICalcNumber record(const std::string &text) {
-    if (text == "inf" || text == "-inf") return {{0}, text == "inf" ? sb1{1} : sb1{-1}, 1, 0, 0, 0};
-    const Decimal d = parse(text);
-    QZCICalcNumber n = {{0}, d.sign() < 0 ? sb1{-1} : sb1{1}, 0, 0, 0, d.sign() == 0};
-    if (d.sign() == 0) return n;
-    std::fill_n(n.data_part + 1, 39, 0xdeadbeef);
-    std::string digits = d.digits();
-    const long low = d.exponent() - (d.exponent() & 7);
-    digits.append(static_cast<size_t>(d.exponent() - low), '0');
-    digits.insert(0, -digits.size() % 8, '0');
-    while (digits.ends_with("00000000")) digits.resize(digits.size() - 8), ++n.end_pos;
-    const size_t count = digits.size() / 8;
-    for (size_t i = 0; i < count; ++i)
-        n.data_part[i] = static_cast<ub4>(std::stoul(digits.substr(8 * (count - 1 - i), 8)));
-    n.end_pos = static_cast<sb1>(n.end_pos + low / 8);
-    n.start_pos = static_cast<sb1>(n.end_pos + static_cast<long>(count) - 1);
+    std::vector<int> bytes = {1, 0};
+    if (text == "inf") bytes = {2, 255, 101};
+    if (text != "inf" && text != "-inf") bytes = parse(text).bytes();
+    OCINumber number;
+    std::copy(bytes.begin(), bytes.end(), number.OCINumberPart);
+    QZCICalcNumber n;
+    std::fill_n(reinterpret_cast<ub1 *>(&n), sizeof n, ub1{0xEE});
+    if (QZCICalcNumFromNumber(&n, &number) != OCI_SUCCESS) throw std::runtime_error(text);
     return n;
 }
 
 std::string text(const QZCICalcNumber &n) {
-    if (n.num_infinity == 1) return n.num_signed < 0 ? "-inf" : "inf";
-    if (n.is_zero != 0) return n.num_signed == 1 && n.data_part[0] == 0 ? "0" : "bad zero";
-    const int count = n.start_pos - n.end_pos + 1;
-    if (count < 1 || count > 40 || n.data_part[0] == 0 || n.data_part[count - 1] == 0)
-        return "not normal";
-    std::string s = n.num_signed < 0 ? "-" : "";
-    for (int i = count - 1; i >= 0; --i) {
-        char limb[16];
-        snprintf(limb, sizeof limb, "%08u", n.data_part[i]);
-        s += limb;
-    }
-    return format(parse(s + "e" + std::to_string(8 * n.end_pos)));
+    OCINumber number;
+    if (QZCICalcNumToNumber(&n, &number) != OCI_SUCCESS) return "refused";
+    const ub1 *const bytes = number.OCINumberPart;
+    if (bytes[1] == 0 && bytes[0] == 1) return "-inf";
+    if (bytes[1] == 255 && bytes[2] == 101) return "inf";
+    if (bytes[1] == 128) return "0";
+    return format(Decimal::of({bytes, bytes + bytes[0] + 1}));
 }
 
 std::string round20(const std::string &text) {

@@ -1,5 +1,5 @@
 // Every entry of the generated tables recomputed with MPFR, and the generator run again.
-#include "oci_calc_number/tables.h"
+#include "oci_calc_number/binary/tables.h"
 
 #include <gtest/gtest.h>
 #include <mpfr.h>
@@ -150,7 +150,7 @@ TEST(Tables, GeneratorWritesTheFilesOfTheTree) {
                                 "' '" + scratch.string() + "'";
     ASSERT_EQ(std::system(command.c_str()), 0) << command;
     int files = 0;
-    for (const auto &file : fs::directory_iterator(source / "src/oci_calc_number/tables")) {
+    for (const auto &file : fs::directory_iterator(source / "src/oci_calc_number/binary/tables")) {
         EXPECT_EQ(contents(file.path()), contents(scratch / file.path().filename())) << file.path();
         ++files;
     }

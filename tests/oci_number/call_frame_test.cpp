@@ -1,5 +1,6 @@
 // What every call has in common: traces, argument checks, errors.
-#include "oci_number/oci_number.h"
+#include "oci_number/call_frame.h"
+#include "oci_number/calc_bridge.h"
 
 #include "support/functions.h"
 

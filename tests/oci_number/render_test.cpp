@@ -1,4 +1,4 @@
-#include "oci_number/oci_number.h"
+#include "oci_number/call_frame.h"
 #include "support/data.h"
 #include "support/numbers.h"
 

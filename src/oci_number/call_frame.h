@@ -18,7 +18,12 @@ inline constexpr int internal_failure = 602;
 
 // Traces the returned status; written by every return of a function that has
 // one: return OCI_NUMBER_RETURN("OCINumberSign", status).
-sword OCINumberTraceResult(const char *file, long line, const char *trace_name, sword status);
+inline sword OCINumberTraceResult(const char *file, long line, const char *trace_name,
+                                  sword status) {
+    qzoci_log_inner(LOG_LEVEL_DEBUG, file, line, "function %s return with status %d", trace_name,
+                    status);
+    return status;
+}
 #define OCI_NUMBER_RETURN(trace_name, status) \
     ::oci_number::OCINumberTraceResult(__FILE__, __LINE__, trace_name, status)
 
@@ -53,49 +58,39 @@ sword OCINumberError22062(OCIError *errhp, const char *str, ub4 str_length);
 
 // Null test, then length byte, of one number argument. Returns OCI_SUCCESS or
 // the status of the failure that was reported.
-sword OCINumberCheckNumber(OCIError *errhp, const void *number, ub4 argument);
+sword OCINumberCheckNumber(OCIError *errhp, const OCINumber *number, ub4 argument);
 
-// (err, number, result) and (err, number1, number2, result).
-sword OCINumberCheckThreeParams(void *err, const void *number, void *result);
-sword OCINumberCheckFourParams(void *err, const void *number1, const void *number2, void *result);
-// (err, number, a count that is never refused, result).
-sword OCINumberCheckCountParams(void *err, const void *number, void *result);
+inline bool OCINumberIsUsable(const OCINumber *number) {
+    return number != nullptr && number_bytes::has_valid_length(*number);
+}
 
-// Indexes into the tables of engine functions.
-enum two_params_calcfunc_index : ub4 {
-    OCINumberAddIndex,
-    OCINumberDivIndex,
-    OCINumberMulIndex,
-    OCINumberPowerIndex,
-    OCINumberSubIndex,
-    OCINumberModIndex,
-    OCINumberArcTan2Index,
-    OCINumberTwoParamIndexMax
-};
-enum one_param_calcfunc_index : ub4 {
-    OCINumberSinIndex,
-    OCINumberCosIndex,
-    OCINumberTanIndex,
-    OCINumberArcSinIndex,
-    OCINumberArcCosIndex,
-    OCINumberArcTanIndex,
-    OCINumberHypSinIndex,
-    OCINumberHypCosIndex,
-    OCINumberHypTanIndex,
-    OCINumberCeilIndex,
-    OCINumberExpIndex,
-    OCINumberFloorIndex,
-    OCINumberLnIndex,
-    OCINumberSqrtIndex,
-    OCINumberOneParamIndexMax
-};
+// Reports the first of the arguments that is not usable: the handle, number 1 as argument 2,
+// number 2 as argument 3, or else the result. Returns the status.
+sword OCINumberReportParams(OCIError *err, const OCINumber *number1, const OCINumber *number2,
+                            ub4 result_argument);
 
-// Whole calls, frame included, of the functions that the calc engine computes.
-// `check_zero` refuses a divisor of zero; a one-parameter index is checked.
-sword OCINumberTwoParamMathCall(OCIError *err, const OCINumber *number1, const OCINumber *number2,
-                                OCINumber *result, ub4 index, boolean check_zero);
-sword OCINumberOneParamMathCall(OCIError *err, const OCINumber *number, OCINumber *result,
-                                ub4 index);
+// The checks of (err, number, result), (err, number1, number2, result), and (err, number, a
+// count that is never refused, result). Return OCI_SUCCESS or the status of the failure that
+// was reported.
+inline sword OCINumberCheckThreeParams(OCIError *err, const OCINumber *number, const void *result,
+                                       ub4 result_argument = 3) {
+    if (err != nullptr && OCINumberIsUsable(number) && result != nullptr) [[likely]] {
+        return OCI_SUCCESS;
+    }
+    return OCINumberReportParams(err, number, number, result_argument);
+}
+inline sword OCINumberCheckFourParams(OCIError *err, const OCINumber *number1,
+                                      const OCINumber *number2, const void *result) {
+    if (err != nullptr && OCINumberIsUsable(number1) && OCINumberIsUsable(number2) &&
+        result != nullptr) [[likely]] {
+        return OCI_SUCCESS;
+    }
+    return OCINumberReportParams(err, number1, number2, 4);
+}
+inline sword OCINumberCheckCountParams(OCIError *err, const OCINumber *number, const void *result) {
+    return OCINumberCheckThreeParams(err, number, result, 4);
+}
+
 // Room for the decimal text of a number where it is rendered.
 inline constexpr sb8 number_text_size = 128;
 

@@ -1,10 +1,11 @@
 // The elementary functions on binary values: kernels of 3 and 4 limbs (the logarithm's of
 // 8 too) over tables, and wide ones of 16 limbs over plain series. The constant beside each
-// is its error bound: the relative error of a result is below 2^-bits.
+// is its error bound: the relative error of a result is below 2^-bits. Behind them the values
+// that are composed of kernels, which return the bits of theirs.
 #pragma once
 
-#include "oci_calc_number/decimal.h"
-#include "oci_calc_number/real.h"
+#include "oci_calc_number/binary/operand.h"
+#include "oci_calc_number/binary/real.h"
 
 namespace calc {
 
@@ -28,8 +29,8 @@ void exp(Wide &r, const Wide &x);
 template <int N>
 inline constexpr int ln_bits = kernel_bits(N, 40, 840);
 template <int N>
-void ln(Real<N> &r, const Decimal &x);
-void ln(Wide &r, const Decimal &x);
+void ln(Real<N> &r, const Operand &x);
+void ln(Wide &r, const Operand &x);
 
 // An angle: quadrant * pi/2 + f * pi/2 with the fraction f of N limbs. f is x * 2/pi
 // reduced, within 2 ulps. |x| < 10^126, |x| > 10^-25.
@@ -39,7 +40,7 @@ struct Angle {
     unsigned quadrant;
 };
 template <int N>
-void reduce(Angle<N> &angle, const Decimal &x);
+void reduce(Angle<N> &angle, const Operand &x);
 
 // sine and cosine of the angle f * pi/2, each when its pointer is not null: absolute errors
 // below 2^-sin_cos_bits, not relative ones, for f within 2 ulps.
@@ -58,5 +59,33 @@ inline constexpr int atan_bits = kernel_bits(N, 32, 950);
 template <int N>
 void atan_quotient(Real<N> &r, const Real<N> &y, const Real<N> &x);
 void atan_quotient(Wide &r, const Wide &y, const Wide &x);
+
+// What the passes evaluate. A value of zero says that nothing remains of it at this width.
+
+enum class Trig { sine, cosine, tangent };
+// |x| >= 10^-24
+template <int N>
+int trig_value(Real<N> &r, Trig function, const Operand &x);
+
+enum class Arc { sine, cosine };
+// |x| < 1
+template <int N>
+int arc_value(Real<N> &r, Arc function, const Operand &x);
+// The angle of the point (x, y), not on an axis.
+template <int N>
+int angle_value(Real<N> &r, const Operand &y, const Operand &x);
+
+enum class Hyperbolic { sine, cosine, tangent };
+// 10^-24 <= |x| < 512, for the tangent |x| < 64
+template <int N>
+int hyperbolic_value(Real<N> &r, Hyperbolic function, const Operand &x);
+
+// x^y, x > 0 other than 1, y not zero: infinite or zero when |y ln x| >= 512, told by a bound of 0.
+template <int N>
+int power_value(Real<N> &r, const Operand &x, const Operand &y);
+
+// ln x / ln y
+template <int N>
+int logarithm_quotient(Real<N> &r, const Operand &x, const Operand &y);
 
 }  // namespace calc

@@ -1,7 +1,7 @@
 // Arc sine, arc cosine, arc tangent of one and of two operands.
-#include "oci_calc_number/engine.h"
-#include "oci_calc_number/kernels.h"
-#include "oci_calc_number/rounding.h"
+#include "oci_calc_number/binary/rounding.h"
+#include "oci_calc_number/elementary/kernels.h"
+#include "oci_calc_number/record.h"
 
 namespace calc {
 namespace {
@@ -116,7 +116,7 @@ void atan_quotient(Wide &r, const Wide &y, const Wide &x) {
 
 namespace {
 
-// A multiple of pi/4, for the axes and diagonals: none is next to a tie.
+// A multiple of pi/4, for the axes and diagonals: none is next to a midpoint.
 sword round_pi(QZCICalcNumber &result, u64 quarters, bool negative) {
     Real<4> pi, factor;
     set_constant(pi, quarter_pi, wide_limbs, 0);
@@ -142,8 +142,8 @@ void angle_of(Real<N> &r, const Real<N> &y, const Real<N> &x) {
 
 // 1 - x^2 = (1 - |x|)(1 + |x|), the factors exact in decimal: |x| <= 1.
 template <int N>
-void cosine_side(Real<N> &r, const Decimal &x) {
-    Decimal magnitude = x, distance;
+void cosine_side(Real<N> &r, const Operand &x) {
+    Operand magnitude = x, distance;
     magnitude.negative = false;
     Real<N> a, one;
     to_real(a, magnitude);
@@ -159,11 +159,11 @@ void cosine_side(Real<N> &r, const Decimal &x) {
     sqrt(r, r);
 }
 
-enum class Arc { sine, cosine };
+}  // namespace
 
-// The function's value; sqrt's error counts as it is, the rest twice at most.
+// sqrt's error counts as it is, the rest twice at most.
 template <int N>
-int evaluate(Real<N> &r, Arc function, const Decimal &x) {
+int arc_value(Real<N> &r, Arc function, const Operand &x) {
     Real<N> side, a;
     cosine_side(side, x);
     to_real(a, x);
@@ -174,41 +174,43 @@ int evaluate(Real<N> &r, Arc function, const Decimal &x) {
     return (sqrt_bits<N> < atan_bits<N> ? sqrt_bits<N> : atan_bits<N>)-2;
 }
 
+template int arc_value<3>(Real<3> &, Arc, const Operand &);
+template int arc_value<4>(Real<4> &, Arc, const Operand &);
+template int arc_value<wide_limbs>(Wide &, Arc, const Operand &);
+
+template <int N>
+int angle_value(Real<N> &r, const Operand &y, const Operand &x) {
+    Real<N> a, b;
+    to_real(a, y);
+    to_real(b, x);
+    angle_of(r, a, b);
+    return atan_bits<N> - 1;
+}
+
+template int angle_value<3>(Real<3> &, const Operand &, const Operand &);
+template int angle_value<4>(Real<4> &, const Operand &, const Operand &);
+template int angle_value<wide_limbs>(Wide &, const Operand &, const Operand &);
+
+namespace {
+
 sword compute(QZCICalcNumber &result, Arc function, const QZCICalcNumber &operand) {
     if (is_infinite(operand)) return OCI_ERROR;
-    if (operand.is_zero || operand.start_pos < -3) {
-        // asin x = x (1 + x^2/6 ...), acos x = pi/2 - x: for |x| < 10^-24 the sine is
-        // less than 10^-47 from the operand.
-        if (function == Arc::sine) {
-            copy(result, operand);
-            return OCI_SUCCESS;
-        }
-        if (operand.is_zero) return round_pi(result, 2, false);
+    if (function == Arc::sine && is_tiny(operand)) {
+        copy(result, operand);
+        return OCI_SUCCESS;
     }
-    Decimal x;
-    if (!read(x, operand)) return OCI_ERROR;
-    if (operand.start_pos >= 0) {
-        if (operand.start_pos > 0 || limb_count(operand) > 1 || operand.data_part[0] != 1)
-            return OCI_ERROR;
-        if (function == Arc::sine) return round_pi(result, 2, x.negative);
-        if (x.negative) return round_pi(result, 4, false);
+    if (operand.is_zero) return round_pi(result, 2, false);
+    const bool negative = is_negative(operand);
+    if (const int order = compare_to_one(operand); order >= 0) {
+        if (order > 0) return OCI_ERROR;
+        if (function == Arc::sine) return round_pi(result, 2, negative);
+        if (negative) return round_pi(result, 4, false);
         set_zero(result);
         return OCI_SUCCESS;
     }
-    round_by_passes(result, [&](auto &r) { return evaluate(r, function, x); });
-    return OCI_SUCCESS;
-}
-
-// y/x, x > 0, for a quotient q below 2^-170 < 10^-50: atan q = q (1 - q^2/3 ...). q differs
-// from a tie t by a multiple of 1/x's last unit: |y - t x| >= 1 in integers of 40 and 81
-// digits, so by 10^-82 of q at least, unless it is that tie. Real<8> shows which; then q^2/3
-// < 2^-340 only says that a tie is not reached.
-sword tiny_angle(QZCICalcNumber &result, const Decimal &y, const Decimal &x) {
-    Real<8> a, b;
-    to_real(a, y);
-    to_real(b, x);
-    div(a, a, b);
-    round_to_record(result, a, 330, Undecided::toward_zero);
+    Operand x;
+    if (!read(x, operand)) return OCI_ERROR;
+    round_by_passes(result, [&](auto &r) { return arc_value(r, function, x); });
     return OCI_SUCCESS;
 }
 
@@ -235,7 +237,7 @@ sword QZCICalcNumAcos(const QZCICalcNumber *operand, QZCICalcNumber *result) {
 
 sword QZCICalcNumAtan(const QZCICalcNumber *operand, QZCICalcNumber *result) {
     QZCICalcNumber one;
-    set_small(one, false, 1);
+    set_integer(one, false, 1);
     return QZCICalcNumAtan2(operand, &one, result);
 }
 
@@ -247,18 +249,11 @@ sword QZCICalcNumAtan2(const QZCICalcNumber *y, const QZCICalcNumber *x, QZCICal
         return OCI_SUCCESS;
     }
     if (x->is_zero) return round_pi(*result, 2, is_negative(*y));
-    Decimal dy, dx;
+    Operand dy, dx;
     if (!read(dy, *y) || !read(dx, *x)) return OCI_ERROR;
-    Real<3> ry, rx;
-    to_real(ry, dy);
-    to_real(rx, dx);
-    if (!dx.negative && ry.exp - rx.exp < -171) return tiny_angle(*result, dy, dx);
-    round_by_passes(*result, [&]<int N>(Real<N> &r) {
-        Real<N> a, b;
-        to_real(a, dy);
-        to_real(b, dx);
-        angle_of(r, a, b);
-        return atan_bits<N> - 1;
-    });
+    // A quotient q of two numbers may be a midpoint, which atan q = q (1 - q^2/3 ...) keeps
+    // below. From 10^-128 on, where results are numbers, q^2/3 is above 2^-852: the
+    // widest pass sees it.
+    round_by_passes(*result, [&](auto &r) { return angle_value(r, dy, dx); });
     return OCI_SUCCESS;
 }

@@ -1,7 +1,7 @@
 // Binary floating-point values of N limbs, and their arithmetic by truncation.
 #pragma once
 
-#include "oci_calc_number/limbs.h"
+#include "oci_calc_number/binary/limbs.h"
 
 namespace calc {
 

@@ -1,7 +1,7 @@
-// Powers: base^exponent = e^(exponent * ln base), and the ties that no width settles.
-#include "oci_calc_number/engine.h"
-#include "oci_calc_number/kernels.h"
-#include "oci_calc_number/rounding.h"
+// Powers: base^exponent = e^(exponent * ln base), and the midpoints that no width settles.
+#include "oci_calc_number/binary/rounding.h"
+#include "oci_calc_number/elementary/kernels.h"
+#include "oci_calc_number/record.h"
 
 namespace calc {
 namespace {
@@ -26,7 +26,7 @@ bool divide_exactly(u64 *m, u64 w) {
     return true;
 }
 
-Factored factor(const Decimal &x) {
+Factored factor(const Operand &x) {
     Factored f = {{x.m[0], x.m[1], x.m[2]}, 8 * x.pos, 8 * x.pos};
     while (divide_exactly(f.rest, 2)) ++f.twos;
     while (divide_exactly(f.rest, 5)) ++f.fives;
@@ -62,17 +62,17 @@ bool exact_root(u64 *root, const u64 *m, u64 n) {
     return small_power(power, root, n) && compare<3>(power, m) == 0;
 }
 
-// Whether |x|^y is exactly `tie`. With y = p/q in lowest terms x^p = tie^q: the exponents
-// of 2 and 5 agree, and the rest of x is z^q, that of tie z^p, for one integer z. As x has
+// Whether |x|^y is exactly `v`. With y = p/q in lowest terms x^p = v^q: the exponents
+// of 2 and 5 agree, and the rest of x is z^q, that of v z^p, for one integer z. As x has
 // 40 digits, z > 1 allows q <= 84, and z = 1 leaves q to divide exponents below 2^9; so q,
 // whose primes are 2 and 5, divides 10^8, and y has at most 8 decimals.
-bool is_power(const Decimal &x, const Decimal &y, const Decimal &tie) {
+bool is_power(const Operand &x, const Operand &y, const Operand &v) {
     if (y.pos < -1 || y.pos > 0 || (y.m[1] | y.m[2]) != 0) return false;
-    u64 p = y.m[0], q = y.pos < 0 ? limb_base : 1;
+    u64 p = y.m[0], q = y.pos < 0 ? digit_words::group_base : 1;
     if (p / q > 4096) return false;  // |y| beyond what 2^y, 5^y allow in the range
     while (p % 2 == 0 && q % 2 == 0) p /= 2, q /= 2;
     while (p % 5 == 0 && q % 5 == 0) p /= 5, q /= 5;
-    const Factored a = factor(x), b = factor(tie);
+    const Factored a = factor(x), b = factor(v);
     const sb8 signed_p = y.negative ? -static_cast<sb8>(p) : static_cast<sb8>(p);
     if (a.twos * signed_p != b.twos * static_cast<sb8>(q) ||
         a.fives * signed_p != b.fives * static_cast<sb8>(q))
@@ -84,22 +84,19 @@ bool is_power(const Decimal &x, const Decimal &y, const Decimal &tie) {
            compare<3>(power, b.rest) == 0;
 }
 
-// The tie above |down|, a value of at most 20 base-100 digits: half a unit of its 20th
-// digit more. 41 digits fit Decimal's 48.
-bool tie_above(Decimal &tie, const QZCICalcNumber &down) {
-    if (down.is_zero || is_infinite(down) || !read(tie, down)) return false;
-    // The 21st digit stands in the fifth limb below the top one; the more digits the top
-    // limb has, the further from that limb's right end.
-    const int tie_pos = down.start_pos - 5;
-    for (; tie.pos > tie_pos; --tie.pos) mul_1<3>(tie.m, tie.m, limb_base);
-    u64 half = 50;
-    for (int i = top_digits(down.data_part[limb_count(down) - 1]); i > 1; --i) half *= 100;
-    add_1<3>(tie.m, tie.m, half);
-    return true;
+// The midpoint above |down|, a value of at most 20 base-100 digits: half a unit of its 20th
+// digit more.
+bool midpoint_above(Operand &midpoint, const QZCICalcNumber &down) {
+    if (down.is_zero || is_infinite(down)) return false;
+    Digits d = digits_of(down);
+    d.word[2] |= ub8{50} << 24;
+    QZCICalcNumber n;
+    set_digits(n, false, exponent_of(down), d);
+    return read(midpoint, n);
 }
 
 // |y|, when it is an integer that repeated multiplication is the quickest for; else 0.
-unsigned small_exponent(const Decimal &y) {
+unsigned small_exponent(const Operand &y) {
     constexpr u64 limit = 1 << 16;
     return y.pos == 0 && y.m[0] < limit && (y.m[1] | y.m[2]) == 0 ? static_cast<unsigned>(y.m[0])
                                                                   : 0;
@@ -107,7 +104,7 @@ unsigned small_exponent(const Decimal &y) {
 
 // x^n, or x^-n when `invert`, by squaring. Errors of 2^-real_bits in x and in each product
 // enter with the power that is still to come: 2n + 2 in all. Returns the result's bits.
-int integer_power(Real<3> &r, const Decimal &x, unsigned n, bool invert) {
+int integer_power(Real<3> &r, const Operand &x, unsigned n, bool invert) {
     Real<3> base, one;
     to_real(base, x);
     r = base;
@@ -121,9 +118,38 @@ int integer_power(Real<3> &r, const Decimal &x, unsigned n, bool invert) {
     return real_bits<3> - 2 - length;
 }
 
-// |x|^y for finite x other than 0, 1, -1 and finite y other than 0.
-sword power(QZCICalcNumber &result, const Decimal &x, const Decimal &y, bool negative) {
-    Decimal magnitude = x;
+}  // namespace
+
+// t = y ln x: the logarithm's relative error and 2 more of 2^-real_bits, times
+// |t| < 2^9, give the result's.
+template <int N>
+int power_value(Real<N> &r, const Operand &x, const Operand &y) {
+    constexpr int max_exp = 9;
+    constexpr int bits = ln_bits<N> - max_exp - 2;
+    static_assert(bits < exp_bits<N> - 1);
+    Real<N> t, f;
+    ln(t, x);
+    to_real(f, y);
+    mul(t, t, f);
+    if (!is_zero(t) && t.exp > max_exp) {
+        // e^512 > 10^222: out of a number's range.
+        r = t;
+        r.exp = t.negative ? -(1 << 10) : 1 << 10;
+        r.negative = false;
+        return bits;
+    }
+    exp(r, t);
+    return bits;
+}
+
+template int power_value<4>(Real<4> &, const Operand &, const Operand &);
+template int power_value<wide_limbs>(Wide &, const Operand &, const Operand &);
+
+namespace {
+
+// |x|^y for finite x other than 0, 1, -1 and finite y other than 0, with the sign given.
+sword power(QZCICalcNumber &result, const Operand &x, const Operand &y, bool negative) {
+    Operand magnitude = x;
     magnitude.negative = false;
     if (const unsigned n = small_exponent(y)) {
         Real<3> r;
@@ -131,63 +157,43 @@ sword power(QZCICalcNumber &result, const Decimal &x, const Decimal &y, bool neg
         r.negative = negative;
         if (round_to_record(result, r, r_bits)) return OCI_SUCCESS;
     }
-    // t = y ln x: the logarithm's relative error and 2 more of 2^-real_bits, times
-    // |t| < 2^9, give the result's.
-    constexpr int bits = ln_bits<4> - 9 - 2;
-    static_assert(bits < exp_bits<4> - 1);
-    Real<4> t, f;
-    ln(t, magnitude);
-    to_real(f, y);
-    mul(t, t, f);
-    if (!is_zero(t) && t.exp > 9) {
-        if (t.negative)
-            set_zero(result);
-        else
-            set_infinity(result, negative);
-        return OCI_SUCCESS;
-    }
-    exp(f, t);
+    Real<4> f;
+    const int bits = power_value(f, magnitude, y);
     f.negative = negative;
     if (round_to_record(result, f, bits)) return OCI_SUCCESS;
 
-    // Close to a tie: round_to_record goes down to the neighbour below it.
-    Decimal tie;
+    // Close to a midpoint: round_to_record goes down to the neighbour below it.
+    Operand midpoint;
     round_to_record(result, f, bits, Undecided::toward_zero);
-    if (tie_above(tie, result) && is_power(magnitude, y, tie)) {
+    if (midpoint_above(midpoint, result) && is_power(magnitude, y, midpoint)) {
         round_to_record(result, f, bits, Undecided::away_from_zero);
         return OCI_SUCCESS;
     }
-    Wide wide_t, wide_f;
-    ln(wide_t, magnitude);
-    to_real(wide_f, y);
-    mul(wide_t, wide_t, wide_f);
-    exp(wide_f, wide_t);
-    wide_f.negative = negative;
-    constexpr int wide_bits = ln_bits<wide_limbs> - 9 - 2;
-    round_to_record(result, wide_f, wide_bits, Undecided::nearest);
+    Wide wide;
+    const int wide_bits = power_value(wide, magnitude, y);
+    wide.negative = negative;
+    round_to_record(result, wide, wide_bits, Undecided::nearest);
     return OCI_SUCCESS;
 }
 
 enum class Parity { even, odd, fraction };
 
 Parity parity(const QZCICalcNumber &n) {
-    if (n.is_zero || is_infinite(n) || n.end_pos > 0) return Parity::even;
-    if (n.end_pos < 0) return Parity::fraction;
-    return n.data_part[0] % 2 != 0 ? Parity::odd : Parity::even;
-}
-
-// |x| compared with 1, for x not zero.
-int compare_to_one(const QZCICalcNumber &x) {
-    if (is_infinite(x)) return 1;
-    if (x.start_pos != 0) return x.start_pos < 0 ? -1 : 1;
-    return limb_count(x) == 1 && x.data_part[0] == 1 ? 0 : 1;
+    const int exponent = exponent_of(n);
+    if (n.is_zero != 0 || is_infinite(n)) return Parity::even;
+    const Digits d = digits_of(n), mask = integer_mask(n);
+    for (int i = 0; i < 3; ++i) {
+        if ((d.word[i] & ~mask.word[i]) != 0) return Parity::fraction;
+    }
+    if (exponent >= int{digit_words::window}) return Parity::even;
+    return digit_at(d, static_cast<unsigned>(exponent)) % 2 != 0 ? Parity::odd : Parity::even;
 }
 
 sword infinite_power(QZCICalcNumber &result, const QZCICalcNumber &base,
                      const QZCICalcNumber &exponent, bool negative) {
     const int order = base.is_zero ? -1 : compare_to_one(base);
     if (order == 0)
-        set_small(result, false, 1);
+        set_integer(result, false, 1);
     else if ((order > 0) == is_negative(exponent))
         set_zero(result);
     else
@@ -203,7 +209,7 @@ using namespace calc;
 sword QZCICalcNumPower(const QZCICalcNumber *base, const QZCICalcNumber *exponent,
                        QZCICalcNumber *result) {
     if (exponent->is_zero) {
-        set_small(*result, false, 1);
+        set_integer(*result, false, 1);
         return OCI_SUCCESS;
     }
     if (base->is_zero) {
@@ -217,10 +223,10 @@ sword QZCICalcNumPower(const QZCICalcNumber *base, const QZCICalcNumber *exponen
     if (is_infinite(*base) || is_infinite(*exponent))
         return infinite_power(*result, *base, *exponent, negative);
     if (compare_to_one(*base) == 0) {
-        set_small(*result, negative, 1);
+        set_integer(*result, negative, 1);
         return OCI_SUCCESS;
     }
-    Decimal x, y;
+    Operand x, y;
     if (!read(x, *base) || !read(y, *exponent)) return OCI_ERROR;
     return power(*result, x, y, negative);
 }
@@ -228,9 +234,6 @@ sword QZCICalcNumPower(const QZCICalcNumber *base, const QZCICalcNumber *exponen
 sword QZCICalcNumIntPower(const QZCICalcNumber *base, sword exp, QZCICalcNumber *result) {
     QZCICalcNumber exponent;
     const sb8 wide_exp = exp;
-    const ub8 magnitude = static_cast<ub8>(wide_exp < 0 ? -wide_exp : wide_exp);
-    exponent.data_part[0] = static_cast<ub4>(magnitude % limb_base);
-    exponent.data_part[1] = static_cast<ub4>(magnitude / limb_base);
-    set_trimmed(exponent, exp < 0, 0, 2);
+    set_integer(exponent, exp < 0, static_cast<ub8>(wide_exp < 0 ? -wide_exp : wide_exp));
     return QZCICalcNumPower(base, &exponent, result);
 }

@@ -1,17 +1,13 @@
 // Hyperbolic sine, cosine and tangent, by the exponential function.
-#include "oci_calc_number/engine.h"
-#include "oci_calc_number/kernels.h"
-#include "oci_calc_number/rounding.h"
+#include "oci_calc_number/binary/rounding.h"
+#include "oci_calc_number/elementary/kernels.h"
+#include "oci_calc_number/record.h"
 
 namespace calc {
-namespace {
 
-enum class Hyperbolic { sine, cosine, tangent };
-
-// The function's value, and the bits of its relative error: e^x's and a division's, and
-// what the difference cancels. |x| < 512, for the tangent |x| < 64.
+// The errors of e^x and a division, and what the difference cancels.
 template <int N>
-int evaluate(Real<N> &r, Hyperbolic function, const Decimal &x) {
+int hyperbolic_value(Real<N> &r, Hyperbolic function, const Operand &x) {
     constexpr int bits = exp_bits<N> - 3;
     Real<N> e, t, one;
     to_real(t, x);
@@ -40,30 +36,34 @@ int evaluate(Real<N> &r, Hyperbolic function, const Decimal &x) {
     return bits - (cancelled > 0 ? cancelled : 0);
 }
 
+template int hyperbolic_value<3>(Real<3> &, Hyperbolic, const Operand &);
+template int hyperbolic_value<4>(Real<4> &, Hyperbolic, const Operand &);
+template int hyperbolic_value<wide_limbs>(Wide &, Hyperbolic, const Operand &);
+
+namespace {
+
 sword compute(QZCICalcNumber &result, Hyperbolic function, const QZCICalcNumber &operand) {
     const bool negative = is_negative(operand);
-    // sinh x = x (1 + x^2/6 ...), tanh x = x (1 - x^2/3 ...), cosh x = 1 + x^2/2 ...: less
-    // than 10^-47 from a number of 40 digits, for |x| < 10^-24.
-    if (operand.is_zero || (!is_infinite(operand) && operand.start_pos < -3)) {
+    if (!is_infinite(operand) && is_tiny(operand)) {
         if (function == Hyperbolic::cosine)
-            set_small(result, false, 1);
+            set_integer(result, false, 1);
         else
             copy(result, operand);
         return OCI_SUCCESS;
     }
-    Decimal x = {};
+    Operand x = {};
     if (!is_infinite(operand) && !read(x, operand)) return OCI_ERROR;
     // tanh x = 1 - 2 e^-2x ...: from 64 on less than 10^-55 below 1. e^512 > 10^222.
-    const ub4 limit = function == Hyperbolic::tangent ? 64 : 512;
+    const unsigned limit = function == Hyperbolic::tangent ? 64 : 512;
     if (is_infinite(operand) || magnitude_at_least(operand, limit)) {
         if (function == Hyperbolic::tangent) {
-            set_small(result, negative, 1);
+            set_integer(result, negative, 1);
             return OCI_SUCCESS;
         }
         set_infinity(result, negative && function == Hyperbolic::sine);
         return OCI_SUCCESS;
     }
-    round_by_passes(result, [&](auto &r) { return evaluate(r, function, x); });
+    round_by_passes(result, [&](auto &r) { return hyperbolic_value(r, function, x); });
     return OCI_SUCCESS;
 }
 

@@ -1,7 +1,7 @@
 // The exponential function.
-#include "oci_calc_number/engine.h"
-#include "oci_calc_number/kernels.h"
-#include "oci_calc_number/rounding.h"
+#include "oci_calc_number/binary/rounding.h"
+#include "oci_calc_number/elementary/kernels.h"
+#include "oci_calc_number/record.h"
 
 namespace calc {
 namespace {
@@ -107,9 +107,9 @@ void exp(Wide &r, const Wide &x) {
 using namespace calc;
 
 sword QZCICalcNumExp(const QZCICalcNumber *operand, QZCICalcNumber *result) {
-    Decimal x;
+    Operand x;
     if (operand->is_zero) {
-        set_small(*result, false, 1);
+        set_integer(*result, false, 1);
     } else if (is_infinite(*operand)) {
         if (is_negative(*operand))
             set_zero(*result);

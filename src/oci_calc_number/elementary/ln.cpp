@@ -1,7 +1,8 @@
-// The natural logarithm.
-#include "oci_calc_number/engine.h"
-#include "oci_calc_number/kernels.h"
-#include "oci_calc_number/rounding.h"
+// The natural logarithm, by multiplicative normalisation: factors from tables turn the
+// operand into 1 + r, their logarithms are added up [J.-M. Muller: Elementary Functions].
+#include "oci_calc_number/binary/rounding.h"
+#include "oci_calc_number/elementary/kernels.h"
+#include "oci_calc_number/elementary/logarithm.h"
 
 namespace calc {
 namespace {
@@ -69,11 +70,11 @@ void ln_level(u64 *r, u64 *sum, const u64 (*level)[9]) {
 // the series, |k| < 2^9 in k ln 2. Below 2^6 ulps for k = 0 and -1, where the sum is at
 // least 2^-28, else below 2^6 + |k| in a sum above |k| / 4: below 2^-ln_bits.
 template <int N>
-void ln(Real<N> &r, const Decimal &x) {
+void ln(Real<N> &r, const Operand &x) {
     Real<N> a;
     to_real(a, x);
     if (is_near_one(a)) {
-        Decimal distance;
+        Operand distance;
         if (distance_to_one(distance, x)) {
             to_real(a, distance);
             return ln_near_one(r, a);
@@ -113,14 +114,14 @@ void ln(Real<N> &r, const Decimal &x) {
     r.negative = negative;
 }
 
-template void ln<3>(Real<3> &, const Decimal &);
-template void ln<4>(Real<4> &, const Decimal &);
-template void ln<ln_limbs>(Real<ln_limbs> &, const Decimal &);
+template void ln<3>(Real<3> &, const Operand &);
+template void ln<4>(Real<4> &, const Operand &);
+template void ln<ln_limbs>(Real<ln_limbs> &, const Operand &);
 
 // One step of Halley's iteration y + 2 (x - e^y) / (x + e^y) from the ln of 8 limbs:
 // its error e becomes e^3 / 12 < 2^-1400. e^y has an absolute error below 2^-980 x, of
 // a logarithm that is at least 10^-40: below 2^-ln_bits.
-void ln(Wide &r, const Decimal &x) {
+void ln(Wide &r, const Operand &x) {
     Real<ln_limbs> start;
     ln(start, x);
     Wide y, e, d, a;
@@ -134,66 +135,28 @@ void ln(Wide &r, const Decimal &x) {
     add(r, y, d);
 }
 
-namespace {
-
-// Where a logarithm's record keeps its operand: the limbs, their count and their position.
-constexpr int kept_limbs = max_limbs - max_number_limbs;
-constexpr int kept_count = kept_limbs - 1;
-constexpr int kept_pos = kept_limbs - 2;
-
-void keep_operand(QZCICalcNumber &n, const QZCICalcNumber &operand) {
-    const int count = limb_count(operand);
-    for (int i = 0; i < count; ++i) n.data_part[kept_limbs + i] = operand.data_part[i];
-    n.data_part[kept_count] = static_cast<ub4>(count);
-    n.data_part[kept_pos] = static_cast<ub4>(operand.end_pos - min_power);
-}
-
-void read_kept_operand(Decimal &x, const QZCICalcNumber &n) {
-    QZCICalcNumber operand;
-    const int count = static_cast<int>(n.data_part[kept_count]);
-    for (int i = 0; i < count; ++i) operand.data_part[i] = n.data_part[kept_limbs + i];
-    set_frame(operand, false, static_cast<int>(n.data_part[kept_pos]) + min_power, count);
-    read(x, operand);
-}
-
-}  // namespace
-
-// No quotient is a tie: a rational one is p/q with x = z^p and y = z^q, |p| and |q| below
-// 512, so it has 9 decimals at most when it has an end.
-void divide_logarithms(QZCICalcNumber &quotient, const QZCICalcNumber &a, const QZCICalcNumber &b) {
-    Decimal x, y;
-    read_kept_operand(x, a);
-    read_kept_operand(y, b);
-    round_by_passes(quotient, [&]<int N>(Real<N> &r) {
-        Real<N> divisor;
-        ln(r, x);
-        ln(divisor, y);
-        div(r, r, divisor);
-        return ln_bits<N> - 2;
-    });
-}
-
 }  // namespace calc
 
 using namespace calc;
 
 sword QZCICalcNumLn(const QZCICalcNumber *operand, QZCICalcNumber *result) {
-    Decimal x;
+    Operand x;
     if (operand->is_zero || is_negative(*operand)) return OCI_ERROR;
     if (is_infinite(*operand)) {
         set_infinity(*result, false);
         return OCI_SUCCESS;
     }
     if (!read(x, *operand)) return OCI_ERROR;
-    if (x.pos == 0 && x.m[0] == 1 && (x.m[1] | x.m[2]) == 0) {
+    if (is_one(x)) {
         set_zero(*result);
         return OCI_SUCCESS;
     }
-    keep_operand(*result, *operand);
-    round_by_passes(*result, [&x]<int N>(Real<N> &r) {
-        ln(r, x);
+    Logarithm log{x, {}};
+    round_by_passes(*result, [&log]<int N>(Real<N> &r) {
+        ln(r, log.x);
+        set_width(log.value, r);
         return ln_bits<N>;
     });
-    result->num_infinity = logarithm_mark;
+    set_logarithm(*result, log);
     return OCI_SUCCESS;
 }

@@ -1,7 +1,7 @@
 // Sine, cosine and tangent.
-#include "oci_calc_number/engine.h"
-#include "oci_calc_number/kernels.h"
-#include "oci_calc_number/rounding.h"
+#include "oci_calc_number/binary/rounding.h"
+#include "oci_calc_number/elementary/kernels.h"
+#include "oci_calc_number/record.h"
 
 namespace calc {
 
@@ -11,7 +11,7 @@ namespace calc {
 // m < 2^160 makes less than 2^-32 ulps; cutting the fraction of a quadrant off to N limbs
 // adds 1 ulp.
 template <int N>
-void reduce(Angle<N> &angle, const Decimal &x) {
+void reduce(Angle<N> &angle, const Operand &x) {
     constexpr int W = N + 3;
     const u64 *const t = turns[x.pos - min_turns] + 20 - W;
     Limbs<W> fraction;
@@ -23,9 +23,9 @@ void reduce(Angle<N> &angle, const Decimal &x) {
     copy<N>(angle.f, fraction + 3);
 }
 
-template void reduce<3>(Angle<3> &, const Decimal &);
-template void reduce<4>(Angle<4> &, const Decimal &);
-template void reduce<wide_limbs>(Angle<wide_limbs> &, const Decimal &);
+template void reduce<3>(Angle<3> &, const Operand &);
+template void reduce<4>(Angle<4> &, const Operand &);
+template void reduce<wide_limbs>(Angle<wide_limbs> &, const Operand &);
 
 // f = i/2^9 + t: sin(a + d) = sin a - sin a (1 - cos d) + cos a sin d and its like, with
 // a = pi/2 i/2^9 from the table and Taylor's series in t^2 for sin d and 1 - cos d,
@@ -102,13 +102,8 @@ void sin_cos_radians(Wide &s, Wide &c, const Wide &r) {
     }
 }
 
-namespace {
-
-enum class Trig { sine, cosine, tangent };
-
-// The function's value with its sign, and the bits of its relative error.
 template <int N>
-int evaluate(Real<N> &r, Trig function, const Decimal &x) {
+int trig_value(Real<N> &r, Trig function, const Operand &x) {
     Angle<N> angle;
     reduce(angle, x);
     const unsigned q = angle.quadrant;
@@ -133,20 +128,24 @@ int evaluate(Real<N> &r, Trig function, const Decimal &x) {
     return (sine.exp < cosine.exp ? bits(sine) : bits(cosine)) - 2;
 }
 
+template int trig_value<3>(Real<3> &, Trig, const Operand &);
+template int trig_value<4>(Real<4> &, Trig, const Operand &);
+template int trig_value<wide_limbs>(Wide &, Trig, const Operand &);
+
+namespace {
+
 sword compute(QZCICalcNumber &result, Trig function, const QZCICalcNumber &operand) {
     if (is_infinite(operand)) return OCI_ERROR;
-    // sin x = x (1 - x^2/6 ...), tan x = x (1 + x^2/3 ...), cos x = 1 - x^2/2 ...: less
-    // than 10^-47 from a number of 40 digits, for |x| < 10^-24.
-    if (operand.is_zero || operand.start_pos < -3) {
+    if (is_tiny(operand)) {
         if (function == Trig::cosine)
-            set_small(result, false, 1);
+            set_integer(result, false, 1);
         else
             copy(result, operand);
         return OCI_SUCCESS;
     }
-    Decimal x;
+    Operand x;
     if (!read(x, operand)) return OCI_ERROR;
-    round_by_passes(result, [&](auto &r) { return evaluate(r, function, x); });
+    round_by_passes(result, [&](auto &r) { return trig_value(r, function, x); });
     return OCI_SUCCESS;
 }
 

@@ -1,0 +1,203 @@
+// Quotient and remainder by long division: the remainder is kept as a binary integer of
+// three limbs, the quotient's digits come out in base 10^16.
+#include "oci_calc_number/binary/operand.h"
+#include "oci_calc_number/elementary/logarithm.h"
+
+using namespace calc;
+
+namespace {
+
+using digit_words::Joined;
+using digit_words::split;
+using digit_words::word_base;
+
+constexpr int words = 3;  // 24 digits are below 10^48 < 2^160
+constexpr u64 power_of_100[] = {1,         100,         10000,         1000000,
+                                100000000, 10000000000, 1000000000000, 100000000000000};
+
+bool is_short(const Digits &d) { return (d.word[1] | d.word[2]) == 0; }
+
+// (high:r) / d for high < d, d >= 2^63 and v = floor((2^128 - 1) / d) - 2^64; r becomes
+// the remainder. Moeller and Granlund, Improved division by invariant integers, 2011.
+inline u64 divide_2by1(u64 high, u64 &r, u64 d, u64 v) {
+    const u128 q = static_cast<u128>(v) * high + (static_cast<u128>(high) << 64 | r);
+    u64 quotient = calc::high(q) + 1;
+    u64 rest = r - quotient * d;
+    if (rest > low(q)) {
+        --quotient;
+        rest += d;
+    }
+    if (rest >= d) [[unlikely]] {
+        ++quotient;
+        rest -= d;
+    }
+    r = rest;
+    return quotient;
+}
+
+constexpr u64 reciprocal_of(u64 d) {
+    return static_cast<u64>((static_cast<u128>(~d) << 64 | ~u64{0}) / d);
+}
+
+// An integer below 10^48 as words below 10^16. m is used up.
+Joined to_words(u64 *m) {
+    // Divided by word_base through both shifted to the top.
+    constexpr int shift = 10;
+    constexpr u64 d = word_base << shift;
+    static_assert(d >> 63 == 1);
+    constexpr u64 v = reciprocal_of(d);
+    Joined j;
+    for (int i = words - 1; i >= 0; --i) {
+        u64 rest = 0;
+        for (int k = words - 1; k >= 0; --k) {
+            u64 part = m[k] << shift;
+            const u64 top = rest | m[k] >> (64 - shift);
+            m[k] = divide_2by1(top, part, d, v);
+            rest = part;
+        }
+        j.word[i] = rest >> shift;
+    }
+    return j;
+}
+
+class LongDivision {
+public:
+    // Of integers of 24 digits, the divisor's first not zero: it is 10^46 > 2^152 or more.
+    // The rest starts as the dividend.
+    LongDivision(const Digits &dividend, const Digits &divisor) {
+        to_limbs(divisor_, join(divisor));
+        to_limbs(rest_, join(dividend));
+        shift_ = leading_zeros(divisor_[words - 1]);
+        shift_left<words>(divisor_, divisor_, shift_);
+        // The dividend is below 100 times the divisor.
+        rest_[words] = 0;
+        shift_left<words + 1>(rest_, rest_, shift_);
+        // floor((2^127 - 1) / d) fits in a word for every d >= 2^63.
+        reciprocal_ = low((static_cast<u128>(~u64{0} >> 1) << 64 | ~u64{0}) / divisor_[words - 1]);
+    }
+
+    // Divides the rest as it is.
+    void reduce_dividend() { reduce(); }
+    // Multiplies the rest by `factor`, at most 10^16, and divides.
+    u64 next(u64 factor) {
+        rest_[words] = mul_1<words>(rest_, rest_, factor);
+        return reduce();
+    }
+
+    bool exact() const { return is_zero<words>(rest_); }
+    Joined rest() const {
+        Limbs<words> m;
+        shift_right<words>(m, rest_, shift_);
+        return to_words(m);
+    }
+
+private:
+    // The quotient q < 2^54 of rest / divisor; leaves the rest below the divisor, with
+    // rest_[words] = 0. With T the top 64 bits of rest / 2^10 (10 = 64 - 54), d the divisor's
+    // top word and v the reciprocal, q is near T * v / 2^73. Cutting off T, v and d
+    // moves this by less than 2^-9 each, so the estimate is off by one at most.
+    u64 reduce() {
+        const u64 top = rest_[words] << 10 | rest_[words - 1] >> 54;
+        u64 q = mul_high_1(top, reciprocal_) >> 9;
+        const u64 above = rest_[words] - sub_mul_1<words>(rest_, divisor_, q);
+        if (above >> 63 != 0) [[unlikely]] {
+            --q;
+            add<words>(rest_, rest_, divisor_);
+        } else if (above != 0 || rest_[words - 1] >= divisor_[words - 1]) [[unlikely]] {
+            if (above != 0 || compare<words>(rest_, divisor_) >= 0) {
+                ++q;
+                sub<words>(rest_, rest_, divisor_);
+            }
+        }
+        return q;
+    }
+
+    Limbs<words> divisor_;
+    Limbs<words + 1> rest_;
+    u64 reciprocal_;
+    int shift_;
+};
+
+// 24 digits of a / b, taken as 0.00dd...: of dividend / 100 and divisor the quotient is below 1
+// and not below 10^-4, so that 22 digits at least follow its zeros.
+Joined quotient(const Digits &a, const Digits &b) {
+    const Digits dividend = moved_back(a, 1);
+    if (!is_short(b)) {
+        LongDivision division(dividend, b);
+        Joined q;
+        for (u64 &word : q.word) word = division.next(word_base);
+        return q;
+    }
+    // A divisor of one word: the same with a rest of one word.
+    const Joined x = join(dividend);
+    u64 d = join(b).word[0];
+    const int shift = leading_zeros(d);
+    d <<= shift;
+    const u64 v = reciprocal_of(d);
+    const u64 brought[] = {x.word[1], x.word[2], 0};
+    Joined q;
+    u64 rest = x.word[0];
+    for (int i = 0; i < words; ++i) {
+        const u128 part = (static_cast<u128>(rest) * word_base + brought[i]) << shift;
+        u64 r = low(part);
+        q.word[i] = divide_2by1(high(part), r, d, v);
+        rest = r >> shift;
+    }
+    return q;
+}
+
+// a mod b for a's exponent `zeros` above b's: |a| is an integer of b's units with as many
+// digits 0 behind its 24.
+Joined remainder(const Digits &a, const Digits &b, unsigned zeros) {
+    constexpr unsigned step = digit_words::digits_per_word;
+    if (is_short(a) && is_short(b)) {
+        const u64 d = join(b).word[0];
+        u64 rest = join(a).word[0] % d;
+        for (; zeros >= step && rest != 0; zeros -= step) {
+            rest = low(static_cast<u128>(rest) * word_base % d);
+        }
+        return {{low(static_cast<u128>(rest) * power_of_100[zeros % step] % d), 0, 0}};
+    }
+    LongDivision division(a, b);
+    division.reduce_dividend();
+    for (; zeros >= step && !division.exact(); zeros -= step) division.next(word_base);
+    division.next(power_of_100[zeros % step]);
+    return division.rest();
+}
+
+}  // namespace
+
+extern "C" sword QZCICalcNumDiv(const QZCICalcNumber *dividend, const QZCICalcNumber *divisor,
+                                QZCICalcNumber *result) {
+    const QZCICalcNumber &a = *dividend;
+    const QZCICalcNumber &b = *divisor;
+    if (is_logarithm(a) && is_logarithm(b)) return divide_logarithms(a, b, *result);
+    const bool negative = is_negative(a) != is_negative(b);
+    if (b.is_zero != 0 || (is_infinite(a) && is_infinite(b))) return OCI_ERROR;
+    if (is_infinite(a)) {
+        set_infinity(*result, negative);
+    } else if (a.is_zero != 0 || is_infinite(b)) {
+        set_zero(*result);
+    } else {
+        set_normalized(*result, negative, exponent_of(a) - exponent_of(b),
+                       split(quotient(digits_of(a), digits_of(b))));
+    }
+    return OCI_SUCCESS;
+}
+
+extern "C" sword QZCICalcNumMod(const QZCICalcNumber *dividend, const QZCICalcNumber *divisor,
+                                QZCICalcNumber *result) {
+    const QZCICalcNumber &a = *dividend;
+    const QZCICalcNumber &b = *divisor;
+    if (b.is_zero != 0 || is_infinite(a)) return OCI_ERROR;
+    const int zeros = exponent_of(a) - exponent_of(b);
+    if (a.is_zero != 0 || is_infinite(b) || zeros < 0) {
+        copy(*result, a);
+    } else {
+        const bool negative = is_negative(a);
+        const int exponent = exponent_of(b);
+        set_normalized(*result, negative, exponent,
+                       split(remainder(digits_of(a), digits_of(b), static_cast<unsigned>(zeros))));
+    }
+    return OCI_SUCCESS;
+}
