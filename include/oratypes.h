@@ -1,4 +1,4 @@
-/* Fixed-width types of the Oracle Call Interface, as oci.h uses them.
+/* Fixed-width types of OCI, as oci.h uses them.
  *
  * Compiles alone as C99 and as C++. No function is declared here. */
 #ifndef ORATYPES_H

@@ -38,18 +38,30 @@ inline bool is_positive_infinity(const OCINumber &n) {
     return n.OCINumberPart[0] == 2 && n.OCINumberPart[1] == 255 && n.OCINumberPart[2] == 101;
 }
 
-inline bool is_negative(const OCINumber &n) { return n.OCINumberPart[1] < 128; }
+// The top bit of the exponent byte is the sign; zero's byte is the lowest of those with it.
+constexpr bool is_negative(ub1 exponent_byte) { return exponent_byte < zero_exponent_byte; }
+inline bool is_negative(const OCINumber &n) { return is_negative(n.OCINumberPart[1]); }
+
+// What only the exponent byte tells: zero is taken for zero whatever its length byte says, and
+// only positive numbers lie above.
+inline bool has_zero_exponent(const OCINumber &n) {
+    return n.OCINumberPart[1] == zero_exponent_byte;
+}
+inline bool has_positive_exponent(const OCINumber &n) {
+    return n.OCINumberPart[1] > zero_exponent_byte;
+}
 
 // The complement of the exponent byte turns the sign.
 constexpr int real_exponent(ub1 exponent_byte) {
-    return exponent_byte >= 128 ? exponent_byte - 193 : 62 - exponent_byte;
+    return is_negative(exponent_byte) ? 62 - exponent_byte : exponent_byte - 193;
 }
 constexpr ub1 exponent_byte(bool negative, int exponent) {
     return static_cast<ub1>(negative ? 62 - exponent : 193 + exponent);
 }
 
-// 102 - b turns the sign of a digit byte b. A byte outside its sign's range
-// decodes to a value above 99.
+constexpr ub1 turn_digit_byte(ub1 b) { return static_cast<ub1>(102 - b); }
+
+// A byte outside its sign's range decodes to a value above 99.
 constexpr ub1 decode_digit(bool negative, ub1 b) {
     return static_cast<ub1>(negative ? 101 - b : b - 1);
 }
@@ -106,10 +118,6 @@ inline DigitView new_digits(OCINumber &n, bool negative, int exponent) {
     return {n, negative, exponent, 0};
 }
 
-// Sets length byte, exponent byte and ending byte; the exponent must be within
-// the format's range.
-inline void finish(const DigitView &d) { set_frame(d.number, d.negative, d.exponent, d.count); }
-
 // Drops zero digits at the end; zero is left with no digit.
 inline void trim(DigitView &d) {
     while (d.count > 0 && d.get(d.count - 1) == 0) --d.count;
@@ -144,6 +152,30 @@ inline void OCINumberSetNInfi(OCINumber *number) {
 }
 inline void set_infinity(OCINumber &n, bool negative) {
     negative ? OCINumberSetNInfi(&n) : OCINumberSetPInfi(&n);
+}
+
+inline bool is_in_range(int exponent) {
+    return exponent >= min_exponent && exponent <= max_exponent;
+}
+
+// Sets length byte, exponent byte and ending byte of `count` digit bytes that are in place. By
+// the range rule a value from 100^63 up becomes the infinity of its sign, one below 100^-64,
+// or of no digits, zero. Returns what it became.
+enum class Finished { number, infinity, zero };
+inline Finished finish(OCINumber &n, bool negative, int exponent, unsigned count) {
+    if (exponent > max_exponent) {
+        set_infinity(n, negative);
+        return Finished::infinity;
+    }
+    if (exponent < min_exponent || count == 0) {
+        set_zero(n);
+        return Finished::zero;
+    }
+    set_frame(n, negative, exponent, count);
+    return Finished::number;
+}
+inline Finished finish(const DigitView &d) {
+    return finish(d.number, d.negative, d.exponent, d.count);
 }
 
 }  // namespace number_bytes

@@ -53,13 +53,7 @@ extern "C" sword QZCICalcNumToNumber(const QZCICalcNumber *in, OCINumber *out) {
             ++exponent;
         }
     }
-    if (exponent > max_exponent) {
-        set_infinity(*out, negative);
-    } else if (exponent < min_exponent) {
-        set_zero(*out);
-    } else {
-        write_digits(*out, negative, digits);
-        set_frame(*out, negative, exponent, significant(digits));
-    }
+    if (is_in_range(exponent)) write_digits(*out, negative, digits);
+    finish(*out, negative, exponent, significant(digits));
     return OCI_SUCCESS;
 }

@@ -66,7 +66,7 @@ extern "C" sword OCINumberSign(OCIError *err, const OCINumber *number, sword *re
                     result);
     const sword status = OCINumberCheckThreeParams(err, number, result);
     if (status == OCI_SUCCESS) {
-        *result = is_zero(*number) ? 0 : number->OCINumberPart[1] > zero_exponent_byte ? 1 : -1;
+        *result = is_zero(*number) ? 0 : has_positive_exponent(*number) ? 1 : -1;
     }
     return OCI_NUMBER_RETURN("OCINumberSign", status);
 }

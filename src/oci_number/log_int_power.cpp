@@ -17,7 +17,7 @@ sword OCINumberEngineFailure(OCIError *err, const char *text, sword status) {
 // A logarithm takes positive numbers.
 sword OCINumberCheckPositive(OCIError *err, const OCINumber *number, ub4 argument) {
     if (const sword status = OCINumberCheckNumber(err, number, argument)) return status;
-    if (number->OCINumberPart[1] <= zero_exponent_byte) return OCINumberError22060(err, argument);
+    if (!has_positive_exponent(*number)) return OCINumberError22060(err, argument);
     return OCI_SUCCESS;
 }
 

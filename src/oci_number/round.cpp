@@ -62,19 +62,18 @@ void OCINumberCut(OCIError *err, DigitView &digits, Cut cut, CutMode mode) {
     const unsigned end = digits.count - (mode == CutMode::round && full_negative ? 1 : 0);
     if (cut.index >= end) return;
     OCINumberCutDigits(digits, static_cast<unsigned>(cut.index), cut.half_digit, mode);
-    if (digits.count == 0) {
+    if (digits.count > 0 && digits.exponent < min_exponent) {
+        // A cut moves no value below the range: this record was there before.
+        set_frame(digits.number, digits.negative, digits.exponent, digits.count);
+    } else if (finish(digits) == Finished::zero) {
         OCINumberSetZero(err, &digits.number);
-    } else if (digits.exponent > max_exponent) {
-        set_infinity(digits.number, digits.negative);
-    } else {
-        finish(digits);
     }
 }
 
 void OCINumberKeepPlaces(OCIError *err, const OCINumber &number, sword places, CutMode mode,
                          OCINumber &result) {
     result = number;
-    if (result.OCINumberPart[1] == zero_exponent_byte) return;
+    if (has_zero_exponent(result)) return;
     DigitView digits = digits_of(result);
     OCINumberCut(err, digits, OCINumberPlacesCut(digits, places), mode);
 }
@@ -85,7 +84,7 @@ void OCINumberKeepSignificant(OCIError *err, const OCINumber &number, sword n, O
         return;
     }
     result = number;
-    if (result.OCINumberPart[1] == zero_exponent_byte) return;
+    if (has_zero_exponent(result)) return;
     DigitView digits = digits_of(result);
     OCINumberCut(err, digits, OCINumberSignificantCut(digits, n), CutMode::round);
 }

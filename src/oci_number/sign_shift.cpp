@@ -13,7 +13,7 @@ void OCINumberTurnSign(const OCINumber &number, OCINumber &result) {
     const unsigned count = digit_count(number);
     const int exponent = real_exponent(number.OCINumberPart[1]);
     for (unsigned i = 2; i < OCI_NUMBER_SIZE; ++i) {
-        result.OCINumberPart[i] = static_cast<ub1>(ending_byte - number.OCINumberPart[i]);
+        result.OCINumberPart[i] = turn_digit_byte(number.OCINumberPart[i]);
     }
     set_frame(result, !negative, exponent, count);
 }
@@ -33,7 +33,7 @@ void OCINumberNegate(const OCINumber &number, OCINumber &result) {
         OCINumberSetPInfi(&result);
     } else if (is_positive_infinity(number)) {
         OCINumberSetNInfi(&result);
-    } else if (number.OCINumberPart[1] == zero_exponent_byte) {
+    } else if (has_zero_exponent(number)) {
         set_zero(result);
     } else {
         OCINumberTurnSign(number, result);
@@ -68,7 +68,7 @@ void OCINumberMoveHalfDigit(DigitView &digits) {
 }
 
 void OCINumberShiftDigits(OCIError *err, const OCINumber &number, sword nDig, OCINumber &result) {
-    if (number.OCINumberPart[1] == zero_exponent_byte) {
+    if (has_zero_exponent(number)) {
         set_zero(result);
         return;
     }
@@ -84,13 +84,7 @@ void OCINumberShiftDigits(OCIError *err, const OCINumber &number, sword nDig, OC
         if (nDig < 0) --digits.exponent;
         OCINumberMoveHalfDigit(digits);
     }
-    if (digits.exponent > max_exponent) {
-        set_infinity(result, digits.negative);
-    } else if (digits.exponent < min_exponent || digits.count == 0) {
-        OCINumberSetZero(err, &result);
-    } else {
-        finish(digits);
-    }
+    if (finish(digits) == Finished::zero) OCINumberSetZero(err, &result);
 }
 
 }  // namespace

@@ -111,7 +111,7 @@ extern "C" sword getStrFromNumber(const OCINumber *number, OraText *buf, ub2 *si
 namespace {
 
 // The parts of an accepted text.
-struct DecimalText {
+struct TextParts {
     bool negative;
     const ub1 *integer;  // integer digits, from the first that is not zero
     const ub1 *integer_end;
@@ -121,7 +121,7 @@ struct DecimalText {
 
 bool is_digit(ub1 c) { return static_cast<ub1>(c - '0') < 10; }
 
-bool split(const ub1 *p, const ub1 *end, DecimalText &text) {
+bool split(const ub1 *p, const ub1 *end, TextParts &text) {
     while (p != end && *p == ' ') ++p;
     text.negative = p != end && *p == '-';
     if (text.negative) ++p;
@@ -145,7 +145,7 @@ bool split(const ub1 *p, const ub1 *end, DecimalText &text) {
 }  // namespace
 
 extern "C" sword getNumberFromStr(OCINumber *number, ub1 *str, ub4 len) {
-    DecimalText text;
+    TextParts text;
     if (!split(str, str + len, text)) return OCI_ERROR;
 
     // Real exponent of the first digit pair, and whether it has one place only.
@@ -193,12 +193,7 @@ extern "C" sword getNumberFromStr(OCINumber *number, ub1 *str, ub4 len) {
     if (places[max_decimals] >= '5') round_up(digits);
     trim(digits);
 
-    if (digits.exponent > max_exponent) return OCI_ERROR;
-    if (digits.exponent < min_exponent) {
-        set_zero(*number);
-    } else {
-        finish(digits);
-        std::memcpy(number, &value, value.OCINumberPart[0] + 1u);
-    }
+    if (finish(digits) == Finished::infinity) return OCI_ERROR;
+    std::memcpy(number, &value, value.OCINumberPart[0] + 1u);
     return OCI_SUCCESS;
 }

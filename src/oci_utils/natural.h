@@ -19,6 +19,17 @@ constexpr ub8 power(ub8 base, unsigned exponent) {
     return result;
 }
 
+// limbs /= divisor, least significant limb first; returns the remainder.
+inline ub8 divide_limbs(ub8 *limbs, unsigned count, ub8 divisor) {
+    ub16 rest = 0;
+    for (unsigned i = count; i-- > 0;) {
+        rest = rest << 64 | limbs[i];
+        limbs[i] = static_cast<ub8>(rest / divisor);
+        rest %= divisor;
+    }
+    return static_cast<ub8>(rest);
+}
+
 // Least significant limb first, no zero limb on top. The users' bounds:
 // qz_atold: 1024 digits (3402 bits) shifted up as far as a division by 5^1024
 // (2378 bits) needs to leave a quotient wider than the mantissa.
@@ -57,12 +68,7 @@ struct Natural {
 
     // Divides in place; returns whether there was a remainder.
     bool divide(ub8 divisor) {
-        ub16 rest = 0;
-        for (unsigned i = size; i-- > 0;) {
-            rest = rest << 64 | limbs[i];
-            limbs[i] = static_cast<ub8>(rest / divisor);
-            rest %= divisor;
-        }
+        const ub8 rest = divide_limbs(limbs, size, divisor);
         while (size > 0 && limbs[size - 1] == 0) --size;
         return rest != 0;
     }

@@ -98,9 +98,9 @@ class Tables(unittest.TestCase):
 class Conversions(unittest.TestCase):
     def test_numbers(self):
         table = list(rows("cli_forms.txt"))
-        texts, hexes, dumps = ("".join(row[i] + "\n" for row in table).encode() for i in range(3))
+        texts, hexes, lists = ("".join(row[i] + "\n" for row in table).encode() for i in range(3))
         raws = b"".join(bytes.fromhex(row[1]).ljust(22, b"\0") for row in table)
-        for form, data in ("hex", hexes), ("dump", dumps), ("raw", raws):
+        for form, data in ("hex", hexes), ("list", lists), ("raw", raws):
             with self.subTest(form):
                 self.assertEqual(run("encode", "--to", form, data=texts), (0, data, b""))
                 self.assertEqual(run("decode", "--from", form, data=data), (0, texts, b""))

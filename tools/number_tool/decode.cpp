@@ -12,12 +12,12 @@ Command add_decode(CLI::App &tool) {
     app->footer(
         "Values are number bytes, one number a line, or 22-byte records with --from raw.\n"
         "Hex starts at the length byte, in either case, with blanks between bytes or not.\n"
-        "A dump may begin with Typ=2. Infinities become ~ and -~.\n\n"
+        "Words in front of a list's Len= are skipped. Infinities become ~ and -~.\n\n"
         "Examples:\n"
         "  ocinumber decode 03C20218             123\n"
-        "  ocinumber decode --from dump 'Typ=2 Len=3: 194,2,24'\n"
+        "  ocinumber decode --from list 'Len=3: 194,2,24'\n"
         "  ocinumber decode --from raw --file amounts.raw");
-    add_form(*app, "--from", options->from, "hex|dump|raw", "Form of the bytes");
+    add_form(*app, "--from", options->from, "hex|list|raw", "Form of the bytes");
     add_inputs(*app, options->inputs, "BYTES");
     return {app, [options](Output &out) {
                 const Form from = options->from;

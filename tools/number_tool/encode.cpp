@@ -15,9 +15,9 @@ Command add_encode(CLI::App &tool) {
         "rounded half away from zero; below 1E-128 a value becomes zero.\n\n"
         "Examples:\n"
         "  ocinumber encode 123 -0.5             03C20218 and 033F3366\n"
-        "  ocinumber encode --to dump 123        Len=3: 194,2,24\n"
+        "  ocinumber encode --to list 123        Len=3: 194,2,24\n"
         "  ocinumber encode --to raw --file amounts.txt > amounts.raw");
-    add_form(*app, "--to", options->to, "hex|dump|raw", "Form of the bytes");
+    add_form(*app, "--to", options->to, "hex|list|raw", "Form of the bytes");
     add_inputs(*app, options->inputs, "TEXT");
     return {app, [options](Output &out) {
                 const Form to = options->to;

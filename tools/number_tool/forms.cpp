@@ -40,6 +40,8 @@ size_t skip_blanks(std::string_view text, size_t at) {
     return at;
 }
 
+constexpr std::string_view list_start = "Len=";
+
 bool add_byte(GivenBytes &given, unsigned byte, std::string &reason) {
     if (given.count == OCI_NUMBER_SIZE) return refuse(reason, "more than 22 bytes");
     given.number.OCINumberPart[given.count++] = static_cast<ub1>(byte);
@@ -75,8 +77,8 @@ bool read_hex(std::string_view value, GivenBytes &given, std::string &reason) {
     return given.count > 0 || refuse(reason, "no bytes");
 }
 
-// A decimal number of a dump at `at`, which moves behind it.
-bool read_dump_number(std::string_view value, size_t &at, unsigned &n, std::string &reason) {
+// A decimal number of a byte list at `at`, which moves behind it.
+bool read_list_number(std::string_view value, size_t &at, unsigned &n, std::string &reason) {
     const char *const from = value.data() + at;
     const auto [end, error] = std::from_chars(from, value.data() + value.size(), n);
     if (end == from) return refuse(reason, "number expected" + column(at));
@@ -85,29 +87,27 @@ bool read_dump_number(std::string_view value, size_t &at, unsigned &n, std::stri
     return true;
 }
 
-bool read_dump(std::string_view value, GivenBytes &given, std::string &reason) {
+bool read_list(std::string_view value, GivenBytes &given, std::string &reason) {
     given.count = 0;
-    size_t at = skip_blanks(value, 0);
-    unsigned n;
-    if (value.substr(at).starts_with("Typ=")) {
-        at += 4;
-        if (!read_dump_number(value, at, n, reason)) return false;
-        if (n != 2) return refuse(reason, "type " + std::to_string(n) + " is not a number's (2)");
-        at = skip_blanks(value, at);
-    }
-    if (!value.substr(at).starts_with("Len=")) {
-        return refuse(reason, "\"Len=\" expected" + column(at));
-    }
-    at += 4;
-    if (!read_dump_number(value, at, n, reason)) return false;
-    if (!add_byte(given, n, reason)) return false;
+    size_t at = find_list(value);
+    if (at == value.npos)
+        return refuse(reason, "\"Len=\" expected" + column(skip_blanks(value, 0)));
+    at += list_start.size();
+    unsigned length, n;
+    if (!read_list_number(value, at, length, reason)) return false;
+    if (!add_byte(given, length, reason)) return false;
     if (at == value.size() || value[at] != ':')
         return refuse(reason, "\":\" expected" + column(at));
     at = skip_blanks(value, at + 1);
     if (at == value.size()) return true;
+    // One number more than the length, the length itself in front: print_number's own line.
+    const auto commas = std::count(value.begin() + static_cast<ptrdiff_t>(at), value.end(), ',');
+    const size_t first = at;
     for (;;) {
-        if (!read_dump_number(value, at, n, reason)) return false;
-        if (!add_byte(given, n, reason)) return false;
+        const size_t from = at;
+        if (!read_list_number(value, at, n, reason)) return false;
+        const bool repeats_length = from == first && n == length && commas == length;
+        if (!repeats_length && !add_byte(given, n, reason)) return false;
         at = skip_blanks(value, at);
         if (at == value.size()) return true;
         if (value[at] != ',') return refuse(reason, "\",\" expected" + column(at));
@@ -168,7 +168,7 @@ char *write_hex(const OCINumber &number, char *out) {
     return out;
 }
 
-char *write_dump(const OCINumber &number, char *out) {
+char *write_list(const OCINumber &number, char *out) {
     const unsigned length = number.OCINumberPart[0];
     out = put(out, "Len=");
     out = std::to_chars(out, out + 3, length).ptr;
@@ -182,9 +182,19 @@ char *write_dump(const OCINumber &number, char *out) {
 
 }  // namespace
 
+size_t find_list(std::string_view value) {
+    size_t at = value.find(list_start);
+    while (at != value.npos && at > 0 && value[at - 1] != ' ') at = value.find(list_start, at + 1);
+    return at;
+}
+
 const std::map<std::string, Form> &form_names() {
-    static const std::map<std::string, Form> names = {
-        {"text", Form::text}, {"hex", Form::hex}, {"dump", Form::dump}, {"raw", Form::raw}};
+    static const std::map<std::string, Form> names = {{"text", Form::text},
+                                                      {"hex", Form::hex},
+                                                      {"list", Form::list},
+                                                      // The name of old.
+                                                      {"dump", Form::list},
+                                                      {"raw", Form::raw}};
     return names;
 }
 
@@ -192,7 +202,7 @@ bool read_bytes(Form form, std::string_view value, GivenBytes &given, std::strin
     switch (form) {
         case Form::text: return read_text(value, given, reason);
         case Form::hex: return read_hex(value, given, reason);
-        case Form::dump: return read_dump(value, given, reason);
+        case Form::list: return read_list(value, given, reason);
         case Form::raw: return read_record(value, given, reason);
     }
     return false;
@@ -223,7 +233,7 @@ char *write_number(Form form, const OCINumber &number, char *out, std::string &r
             break;
         }
         case Form::hex: out = write_hex(number, out); break;
-        case Form::dump: out = write_dump(number, out); break;
+        case Form::list: out = write_list(number, out); break;
         case Form::raw: {
             // Bytes behind the value say nothing and are written as zeros.
             const size_t length = number.OCINumberPart[0] + size_t{1};

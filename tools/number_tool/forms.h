@@ -13,11 +13,14 @@ namespace number_tool {
 enum class Form {
     text,  // canonical decimal text; infinities are ~ and -~
     hex,   // the meaningful bytes from the length byte on: 03C20218
-    dump,  // as database dumps show a stored number: Len=3: 194,2,24
+    list,  // as print_number lists bytes: Len=3: 194,2,24
     raw,   // 22-byte records
 };
 
 const std::map<std::string, Form> &form_names();
+
+// Where a byte list begins, behind any words in front of it; npos when there is none.
+size_t find_list(std::string_view value);
 
 // Reads the bytes of a value, whatever they mean; of decimal text, those of its
 // number. Returns false with a reason when there are none to be had.

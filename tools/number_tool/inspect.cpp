@@ -25,14 +25,12 @@ void append(std::string &text, const char *format, ...) {
 
 // Decimal text wins over hex: 0180 is 180, and 01 80 are bytes.
 Form detect(std::string_view value) {
-    const std::string_view start =
-        value.substr(std::min(value.find_first_not_of(' '), value.size()));
-    if (start.starts_with("Typ=") || start.starts_with("Len=")) return Form::dump;
+    if (find_list(value) != value.npos) return Form::list;
     GivenBytes given;
     std::string reason;
     if (read_bytes(Form::text, value, given, reason)) return Form::text;
-    const bool is_hex = !start.empty() && value.find_first_not_of("0123456789ABCDEFabcdef ") ==
-                                              std::string_view::npos;
+    const bool is_hex = value.find_first_not_of(' ') != value.npos &&
+                        value.find_first_not_of("0123456789ABCDEFabcdef ") == value.npos;
     return is_hex ? Form::hex : Form::text;
 }
 
@@ -117,7 +115,7 @@ Command add_inspect(CLI::App &tool) {
     const auto options = std::make_shared<Options>();
     CLI::App *const app = tool.add_subcommand("inspect", "Number bytes explained, a row a byte");
     app->footer(
-        "VALUE is decimal text, hex or a dump. Digits alone are decimal text: write the\n"
+        "VALUE is decimal text, hex or a byte list. Digits alone are decimal text: write the\n"
         "bytes 01 80 with a blank between them, or force the form with --from. Rows of\n"
         "malformed bytes say what is wrong, and the exit status is then 1.\n\n"
         "Examples:\n"
@@ -125,7 +123,7 @@ Command add_inspect(CLI::App &tool) {
         "  ocinumber inspect 03C20218 'Len=3: 194,2,24'\n"
         "  ocinumber inspect --from hex 0180");
     options->form_option =
-        add_form(*app, "--from", options->from, "text|hex|dump|raw",
+        add_form(*app, "--from", options->from, "text|hex|list|raw",
                  "Form of the values; without it each is recognised by its looks");
     add_inputs(*app, options->inputs, "VALUE");
     return {app, [options](Output &out) {

@@ -64,7 +64,7 @@ CLI::Option *add_form(CLI::App &command, const char *option, Form &form, const s
             [&form, forms, option](const CLI::results_t &names) {
                 const auto found = form_names().find(names.back());
                 if (found == form_names().end() ||
-                    ("|" + forms + "|").find("|" + names.back() + "|") == std::string::npos) {
+                    (found->second == Form::text && !forms.starts_with("text"))) {
                     throw CLI::ValidationError(option,
                                                in_quotes(names.back()) + " is not " + forms);
                 }

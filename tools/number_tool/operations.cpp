@@ -58,8 +58,8 @@ Command add_operation(CLI::App &tool, const NumberOperation &operation) {
             ->type_name("N")
             ->required(operation.option_required);
     }
-    add_form(*app, "--from", options->from, "text|hex|dump|raw", "Form of the values");
-    add_form(*app, "--to", options->to, "text|hex|dump|raw", "Form of the results");
+    add_form(*app, "--from", options->from, "text|hex|list|raw", "Form of the values");
+    add_form(*app, "--to", options->to, "text|hex|list|raw", "Form of the results");
     add_inputs(*app, options->inputs, "VALUE");
     return {
         app, [options, call = operation.call](Output &out) {

@@ -3,7 +3,7 @@
 // an ulp is 2^(-64N).
 #pragma once
 
-#include "oci.h"
+#include "oci_utils/natural.h"
 
 namespace calc {
 
@@ -138,6 +138,13 @@ inline u64 sub_mul_1(u64 *r, const u64 *a, u64 w) {
         r[i] -= low(t);
     }
     return borrow;
+}
+
+// r = a / w; returns the remainder. r may be a.
+template <int N>
+inline u64 div_1(u64 *r, const u64 *a, u64 w) {
+    copy<N>(r, a);
+    return natural::divide_limbs(r, N, w);
 }
 
 // The top N limbs of the fraction a * w, w a one-limb fraction. Error: below 1 ulp,

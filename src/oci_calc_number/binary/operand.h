@@ -69,7 +69,7 @@ template <int N>
 inline void to_real(Real<N> &r, const Operand &x) {
     r.negative = x.negative;
     Limbs<N + 3> product;
-    mul<3, N>(product, x.m, power_of_group(x.pos, N));
+    mul<3, N>(product, x.m, power_of_group<N>(x.pos));
     if (is_zero<N + 3>(product)) return set_zero(r);
     r.exp = power_exp(x.pos) + 192 - normalize<N + 3>(product);
     copy<N>(r.m, product + 3);

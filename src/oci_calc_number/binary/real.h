@@ -63,10 +63,10 @@ inline void set_width(Real<N> &r, const Real<From> &a) {
     r.negative = a.negative;
 }
 
-// The top N limbs of a table entry of `width` limbs in [1/2, 1).
-template <int N>
-inline void set_constant(Real<N> &r, const u64 *entry, int width, int exp) {
-    copy<N>(r.m, entry + width - N);
+// The top N limbs of a table entry in [1/2, 1).
+template <int N, size_t Width>
+inline void set_constant(Real<N> &r, const u64 (&entry)[Width], int exp) {
+    copy<N>(r.m, entry + Width - N);
     r.exp = exp;
     r.negative = false;
 }
@@ -147,14 +147,9 @@ template <int N>
 __attribute__((noinline)) void div_1(Real<N> &r, const Real<N> &a, u64 w) {
     if (is_zero(a)) return set_zero(r);
     Limbs<N + 1> t;
-    u64 rest = 0;
     copy<N>(t + 1, a.m);
     t[0] = 0;
-    for (int i = N; i >= 0; --i) {
-        const u128 part = static_cast<u128>(rest) << 64 | t[i];
-        t[i] = low(part / w);
-        rest = low(part % w);
-    }
+    div_1<N + 1>(t, t, w);
     r.exp = a.exp - normalize<N + 1>(t);
     copy<N>(r.m, t + 1);
     r.negative = a.negative;

@@ -38,7 +38,7 @@ void scale(Scaled<N> &s, const Real<N> &v) {
     s.pos = (v.exp - 1) * log10_2 >> (18 + 3);
     for (bool raised = false;;) {
         Limbs<N> product;
-        mul_high<N>(product, v.m, power_of_group(-s.pos, N));
+        mul_high<N>(product, v.m, power_of_group<N>(-s.pos));
         const int exp = v.exp + power_exp(-s.pos);  // 0 to 29
         s.top = exp == 0 ? 0 : static_cast<ub4>(product[N - 1] >> (64 - exp));
         // v/10^(8 pos) may be just below 1 by the truncations alone: once raised, the

@@ -9,8 +9,8 @@ namespace {
 // Turns the point (x, y), 0 <= y/x < 2^(8 - Shift), by the table's largest angle
 // atan(i/2^Shift) below its own, which leaves y/x < 2^-Shift (1 + 2^-28), and adds that
 // angle to the sum. Errors: 1 ulp in each of x, y and the sum. Returns whether it turned.
-template <int N, int Shift>
-bool turn(u64 *y, u64 *x, u64 *sum, const u64 (*level)[4]) {
+template <int N, int Shift, size_t Count, size_t Width>
+bool turn(u64 *y, u64 *x, u64 *sum, const u64 (&level)[Count][Width]) {
     const u64 i = y[N - 1] / ((x[N - 1] >> Shift) + 1);
     if (i == 0) return false;
     Limbs<N> dx, dy;
@@ -18,7 +18,7 @@ bool turn(u64 *y, u64 *x, u64 *sum, const u64 (*level)[4]) {
     mul_fraction_1<N>(dy, x, i << (64 - Shift));
     add<N>(x, x, dx);
     sub<N>(y, y, dy);
-    add<N>(sum, sum, level[i] + 4 - N);
+    add<N>(sum, sum, top_limbs<N>(level[i]));
     return true;
 }
 
@@ -71,7 +71,7 @@ void atan_quotient(Real<N> &r, const Real<N> &y, const Real<N> &x) {
     if (compare_magnitude(y, x) <= 0) return atan_below_1(r, y, x);
     Real<N> t, half_pi;
     atan_below_1(t, x, y);
-    set_constant(half_pi, quarter_pi, wide_limbs, 1);
+    set_constant(half_pi, quarter_pi, 1);
     sub(r, half_pi, t);
 }
 
@@ -109,7 +109,7 @@ void atan_quotient(Wide &r, const Wide &y, const Wide &x) {
     add(r, wide_t, n);
     if (swap) {
         Wide half_pi;
-        set_constant(half_pi, quarter_pi, wide_limbs, 1);
+        set_constant(half_pi, quarter_pi, 1);
         sub(r, half_pi, r);
     }
 }
@@ -119,7 +119,7 @@ namespace {
 // A multiple of pi/4, for the axes and diagonals: none is next to a midpoint.
 sword round_pi(QZCICalcNumber &result, u64 quarters, bool negative) {
     Real<4> pi, factor;
-    set_constant(pi, quarter_pi, wide_limbs, 0);
+    set_constant(pi, quarter_pi, 0);
     set_int(factor, quarters);
     mul(pi, pi, factor);
     pi.negative = negative;
@@ -134,7 +134,7 @@ void angle_of(Real<N> &r, const Real<N> &y, const Real<N> &x) {
     y1.negative = x1.negative = false;
     atan_quotient(r, y1, x1);
     if (x.negative) {
-        set_constant(pi, quarter_pi, wide_limbs, 2);
+        set_constant(pi, quarter_pi, 2);
         sub(r, pi, r);
     }
     r.negative = y.negative;

@@ -35,7 +35,7 @@ void exp(Real<N> &r, const Real<N> &x) {
     else
         to_signed_fixed<N>(t, x);
 
-    const u64 *const ln2 = ln_2 + wide_limbs - N;
+    const u64 *const ln2 = top_limbs<N>(ln_2);
     const s128 top = static_cast<sb8>(t[N] << 32 | t[N - 1] >> 32);
     int k = static_cast<int>(top * static_cast<sb8>(log2_e_32) >> 64);
     if (k >= 0)
@@ -61,11 +61,11 @@ void exp(Real<N> &r, const Real<N> &x) {
     mul_high<N>(p, p, t);
     add<N>(p, p, t);
     // (1 + low) (1 + p) - 1
-    mul_high<N>(q, exp_low[j] + 4 - N, p);
+    mul_high<N>(q, top_limbs<N>(exp_low[j]), p);
     add<N>(p, p, q);
-    add<N>(p, p, exp_low[j] + 4 - N);
-    mul_high<N>(q, exp_high[i] + 4 - N, p);
-    add<N>(q, q, exp_high[i] + 4 - N);
+    add<N>(p, p, top_limbs<N>(exp_low[j]));
+    mul_high<N>(q, top_limbs<N>(exp_high[i]), p);
+    add<N>(q, q, top_limbs<N>(exp_high[i]));
     set_fraction<N>(r, q, k + 1, false);
 }
 
@@ -83,7 +83,7 @@ void exp(Wide &r, const Wide &x) {
     // floor(|x| * 2^11 / ln 2) / 2^11, to the sign of x
     const sb8 k_magnitude = static_cast<sb8>((static_cast<u128>(whole) * log2_e_32) >> 43);
     Wide ln2, rest, term;
-    set_constant(ln2, ln_2, wide_limbs, 0);
+    set_constant(ln2, ln_2, 0);
     set_int(term, static_cast<u64>(k_magnitude));
     term.negative = x.negative;
     mul(rest, ln2, term);

@@ -53,14 +53,14 @@ void ln_near_one(Real<N> &r, const Real<N> &distance) {
 // Multiplies 1 + r, 0 <= r < 2^(7 - Shift), by the 1 - g of the table that leaves
 // 0 <= r < 2^-Shift (the last level: 2^-35 (1 + 2^-28)), and adds -ln(1 - g) to the sum of N + 1
 // limbs. Error: 1 ulp in each of r and the sum.
-template <int N, int Shift>
-void ln_level(u64 *r, u64 *sum, const u64 (*level)[9]) {
-    const u64 *const entry = level[r[N - 1] >> (64 - Shift)];
+template <int N, int Shift, size_t Count, size_t Width>
+void ln_level(u64 *r, u64 *sum, const u64 (&level)[Count][Width]) {
+    const auto &entry = level[r[N - 1] >> (64 - Shift)];
     Limbs<N> t;
     mul_fraction_1<N>(t, r, entry[0]);
     sub<N>(r, r, t);
     r[N - 1] -= entry[0];
-    sum[N] += add<N>(sum, sum, entry + 9 - N);
+    sum[N] += add<N>(sum, sum, top_limbs<N>(entry));
 }
 
 }  // namespace
@@ -81,12 +81,12 @@ void ln(Real<N> &r, const Operand &x) {
         }
     }
     // a * c = (a.m / 2^64N * 2) * (entry / 2^63); the product holds (1 + r) / 4.
-    const u64 *const entry = ln_level_1[a.m[N - 1] >> 55 & 0xff];
+    const auto &entry = ln_level_1[a.m[N - 1] >> 55 & 0xff];
     Limbs<N + 1> t, sum;
     t[N] = mul_1<N>(t, a.m, entry[0]);
     shift_left<N + 1>(t, t, 2);
     u64 *const rest = t + 1;
-    copy<N>(sum, entry + 1 + 8 - N);
+    copy<N>(sum, top_limbs<N>(entry));
     sum[N] = 0;
     ln_level<N, 14>(rest, sum, ln_level_2);
     ln_level<N, 21>(rest, sum, ln_level_3);
@@ -101,7 +101,7 @@ void ln(Real<N> &r, const Operand &x) {
     sum[N] += add<N>(sum, sum, rest);
 
     const int k = a.exp - 1;
-    const u64 *const ln2 = ln_2 + wide_limbs - N;
+    const u64 *const ln2 = top_limbs<N>(ln_2);
     if (k >= 0)
         sum[N] += add_mul_1<N>(sum, ln2, static_cast<u64>(k));
     else

@@ -15,13 +15,8 @@ struct Factored {
 
 // m /= w when that leaves no remainder.
 bool divide_exactly(u64 *m, u64 w) {
-    u64 q[3], remainder = 0;
-    for (int i = 2; i >= 0; --i) {
-        const u128 part = static_cast<u128>(remainder) << 64 | m[i];
-        q[i] = low(part / w);
-        remainder = low(part % w);
-    }
-    if (remainder != 0) return false;
+    Limbs<3> q;
+    if (div_1<3>(q, m, w) != 0) return false;
     copy<3>(m, q);
     return true;
 }
@@ -63,13 +58,16 @@ bool exact_root(u64 *root, const u64 *m, u64 n) {
 }
 
 // Whether |x|^y is exactly `v`. With y = p/q in lowest terms x^p = v^q: the exponents
-// of 2 and 5 agree, and the rest of x is z^q, that of v z^p, for one integer z. As x has
-// 40 digits, z > 1 allows q <= 84, and z = 1 leaves q to divide exponents below 2^9; so q,
-// whose primes are 2 and 5, divides 10^8, and y has at most 8 decimals.
+// of 2 and 5 agree, and the rest of x is z^q, that of v z^p, for one integer z. x has 40
+// digits and v, a midpoint, 41, so z > 1, which is 3 at least, allows p and q up to
+// max_root; z = 1 leaves q to divide exponents below 2^9. So q, whose primes are 2 and 5,
+// divides 10^8, and y has at most 8 decimals.
+constexpr u64 max_root = 85;        // 3^86 > 10^41
+constexpr u64 max_exponent = 4096;  // 2^y and 5^y have left the range long before
 bool is_power(const Operand &x, const Operand &y, const Operand &v) {
     if (y.pos < -1 || y.pos > 0 || (y.m[1] | y.m[2]) != 0) return false;
     u64 p = y.m[0], q = y.pos < 0 ? digit_words::group_base : 1;
-    if (p / q > 4096) return false;  // |y| beyond what 2^y, 5^y allow in the range
+    if (p / q > max_exponent) return false;
     while (p % 2 == 0 && q % 2 == 0) p /= 2, q /= 2;
     while (p % 5 == 0 && q % 5 == 0) p /= 5, q /= 5;
     const Factored a = factor(x), b = factor(v);
@@ -78,7 +76,7 @@ bool is_power(const Operand &x, const Operand &y, const Operand &v) {
         a.fives * signed_p != b.fives * static_cast<sb8>(q))
         return false;
     if (is_one(a.rest) || is_one(b.rest)) return is_one(a.rest) && is_one(b.rest);
-    if (y.negative || q > 160 || p > 160) return false;
+    if (y.negative || q > max_root || p > max_root) return false;
     u64 root[3], power[3];
     return exact_root(root, a.rest, q) && small_power(power, root, p) &&
            compare<3>(power, b.rest) == 0;

@@ -13,7 +13,7 @@ namespace calc {
 template <int N>
 void reduce(Angle<N> &angle, const Operand &x) {
     constexpr int W = N + 3;
-    const u64 *const t = turns[x.pos - min_turns] + 20 - W;
+    const u64 *const t = top_limbs<W>(turns[x.pos - min_turns]);
     Limbs<W> fraction;
     mul_1<W>(fraction, t, x.m[0]);
     add_mul_1<W - 1>(fraction + 1, t, x.m[1]);
@@ -37,8 +37,8 @@ void sin_cos(Real<N> *s, Real<N> *c, const Angle<N> &angle) {
     copy<N>(t, angle.f);
     const bool swap = t[N - 1] >> 63 != 0;
     if (swap) negate<N>(t);  // 1 - f
-    const u64 *const entry = sin_cos_half[t[N - 1] >> 55];
-    const u64 *const sin_a = entry + 4 - N, *const cos_a = entry + 8 - N;
+    const auto &entry = sin_cos_half[t[N - 1] >> 55];
+    const u64 *const cos_a = top_limbs<N>(entry), *const sin_a = cos_a - std::size(entry) / 2;
     t[N - 1] &= (u64{1} << 55) - 1;
 
     // The first missing terms, t^19 and t^20 or t^23 and t^24, are below 2^-215 or 2^-262.
@@ -79,7 +79,7 @@ void sin_cos(Wide *s, Wide *c, const Angle<wide_limbs> &angle) {
     if (swap) negate<wide_limbs>(f);  // 1 - f
     Wide r, half_pi;
     set_fraction<wide_limbs>(r, f, 0, false);
-    set_constant(half_pi, quarter_pi, wide_limbs, 1);
+    set_constant(half_pi, quarter_pi, 1);
     mul(r, r, half_pi);
     Wide sine, cosine;
     sin_cos_radians(sine, cosine, r);
