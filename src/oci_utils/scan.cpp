@@ -67,7 +67,7 @@ long double to_long_double(ub8 mantissa, bool up, int exponent) {
 }
 
 // The digits of a decimal text: an integer over 10^fraction.
-struct DecimalDigits {
+struct ScannedDigits {
     const char *begin;  // of the first digit that is not zero; one point may be inside
     const char *end;
     unsigned count;
@@ -75,7 +75,7 @@ struct DecimalDigits {
 };
 
 // The nearest long double by exact arithmetic, for any number of digits but none.
-long double exact_long_double(const DecimalDigits &digits) {
+long double exact_long_double(const ScannedDigits &digits) {
     Natural n;
     for (const char *p = digits.begin; p != digits.end;) {
         ub8 chunk = 0;
@@ -112,7 +112,7 @@ long double exact_long_double(const DecimalDigits &digits) {
 }
 
 // The nearest long double of `value` / 10^fraction, which are the digits'.
-long double nearest_long_double(ub16 value, const DecimalDigits &digits) {
+long double nearest_long_double(ub16 value, const ScannedDigits &digits) {
     const auto high = static_cast<ub8>(value >> 64);
     const int zeros =
         high != 0 ? __builtin_clzll(high) : 64 + __builtin_clzll(static_cast<ub8>(value));
@@ -139,7 +139,7 @@ extern "C" long double qz_atold(const char *start, const char *end, int *error) 
     for (; p != end && (*p == '0' || (*p == '.' && point == nullptr)); ++p) {
         if (*p == '.') point = p;
     }
-    DecimalDigits digits{p, end, 0, 0};
+    ScannedDigits digits{p, end, 0, 0};
     // The first digits as one number, in two limbs, and the count of the others.
     const auto take = [&](ptrdiff_t most, unsigned &count) {
         ub8 value = 0;

@@ -1,0 +1,155 @@
+// Conversion to native reals, through decimal text and a long double. The bits of reals
+// are put together with integers: the rounding mode has no part in a result, and no locale
+// in a text.
+#include <cfloat>
+#include <cmath>
+
+#include "oci_number/call_frame.h"
+#include "oci_utils/oci_utils.h"
+#include "oci_utils/real_bits.h"
+
+using namespace number_bytes;
+using namespace oci_number;
+using namespace real_bits;
+
+namespace {
+
+// What the size of a real decides.
+struct RealType {
+    uword size;
+    ub4 scale;  // fraction digits that are rendered
+};
+constexpr RealType real_types[] = {
+    {sizeof(float), 6},
+    {sizeof(double), 15},
+    {sizeof(long double), 18},
+};
+
+const RealType *find_real_type(uword size) {
+    for (const RealType &type : real_types) {
+        if (type.size == size) return &type;
+    }
+    return nullptr;
+}
+
+// The 16 bytes of a long double, those that it does not use zero.
+void OCINumberStoreLongDouble(long double value, void *rsl) {
+    ub1 bytes[sizeof value] = {};
+    std::memcpy(bytes, &value, LongDouble::used_bytes);
+    std::memcpy(rsl, bytes, sizeof bytes);
+}
+
+// An infinity becomes the largest float, or the bound of all numbers.
+void OCINumberStoreInfinity(bool negative, uword rsl_length, void *rsl) {
+    constexpr double bound = 1e126;
+    if (rsl_length == sizeof(float)) {
+        const float value = negative ? -FLT_MAX : FLT_MAX;
+        std::memcpy(rsl, &value, sizeof value);
+    } else if (rsl_length == sizeof(double)) {
+        const double value = negative ? -bound : bound;
+        std::memcpy(rsl, &value, sizeof value);
+    } else {
+        OCINumberStoreLongDouble(negative ? -bound : bound, rsl);
+    }
+}
+
+template <class Layout, class Real>
+bool OCINumberStoreNarrow(long double data, void *rsl) {
+    using limits = std::numeric_limits<Real>;
+    const Binary value = LongDouble::split(&data);
+    if (value.mantissa != 0) {
+        const long double magnitude = std::fabs(data);
+        if (magnitude > limits::max() || magnitude < limits::min()) return false;
+    }
+    const auto bits = Layout::round(value);
+    std::memcpy(rsl, &bits, sizeof bits);
+    return true;
+}
+
+sword OCINumberToRealChecked(OCIError *err, const OCINumber *number, const RealType &type,
+                             void *rsl) {
+    if (is_negative_infinity(*number) || is_positive_infinity(*number)) {
+        OCINumberStoreInfinity(is_negative(*number), type.size, rsl);
+        return OCI_SUCCESS;
+    }
+    OraText number_buf[number_text_size] = {};
+    OraText *number_str = number_buf;
+    sb8 number_str_len = sizeof number_buf;
+    if (const sword status =
+            OCINumberProcessValue(number, &number_str, &number_str_len, type.scale, 0)) {
+        QZOCI_LOG_ERROR("fail to get str from number");
+        return status;
+    }
+    const char *const text = reinterpret_cast<const char *>(number_str);
+    int errcode = 0;
+    const long double data = qz_atold(text, text + number_str_len, &errcode);
+    if (errcode != 0) return OCI_NUMBER_INTERNAL_FAILURE(err, "fail to convert str to double");
+
+    switch (type.size) {
+        case sizeof(float):
+            if (OCINumberStoreNarrow<Float, float>(data, rsl)) return OCI_SUCCESS;
+            return OCI_NUMBER_INTERNAL_FAILURE(err, "float value is overflow");
+        case sizeof(double):
+            if (OCINumberStoreNarrow<Double, double>(data, rsl)) return OCI_SUCCESS;
+            return OCI_NUMBER_INTERNAL_FAILURE(err, "double value is overflow");
+        default: OCINumberStoreLongDouble(data, rsl); return OCI_SUCCESS;
+    }
+}
+
+}  // namespace
+
+extern "C" sword OCINumberToReal(OCIError *err, const OCINumber *number, uword rsl_length,
+                                 void *rsl) {
+    const auto thread = static_cast<long>(qz_thread_self());
+    const auto rsl_length_shown = static_cast<int>(rsl_length);
+    QZOCI_LOG_DEBUG(
+        "thread %ld call function OCINumberToReal with param err %p,number:%p, rsl_length:%d, "
+        "rsl:%p",
+        thread, err, number, rsl_length_shown, rsl);
+    sword status;
+    if (err == nullptr) {
+        QZOCI_LOG_ERROR("invalid param, err:%p, number:%p, rsl:%p", err, number, rsl);
+        status = OCI_INVALID_HANDLE;
+    } else if (number == nullptr) {
+        status = OCINumberError21560(err, 2);
+    } else if (rsl == nullptr) {
+        status = OCINumberError21560(err, 4);
+    } else if (const RealType *type = find_real_type(rsl_length)) {
+        status = OCINumberToRealChecked(err, number, *type, rsl);
+    } else {
+        status = OCINumberError21560(err, 3);
+        QZOCI_LOG_ERROR("invalid param, rsl_length:%d", rsl_length_shown);
+    }
+    return OCI_NUMBER_RETURN("OCINumberToReal", status);
+}
+
+extern "C" sword OCINumberToRealArray(OCIError *err, const OCINumber **number, uword elems,
+                                      uword rsl_length, void *rsl) {
+    QZOCI_LOG_DEBUG(
+        "call OCINumberToRealArray with params [err:%p] [number:%p] [elems:%u] [rsl_length:%u] "
+        "[rsl:%p] ",
+        err, number, elems, rsl_length, rsl);
+    sword status = OCI_SUCCESS;
+    if (err == nullptr) {
+        QZOCI_LOG_ERROR("call OCINumberToRealArray with invalid handle");
+        status = OCI_INVALID_HANDLE;
+    } else if (number == nullptr) {
+        status = OCINumberError21560(err, 2);
+    } else if (elems == 0) {
+        status = OCINumberError21560(err, 3);
+    } else if (rsl_length == 0) {
+        status = OCINumberError21560(err, 4);
+    } else if (rsl == nullptr) {
+        status = OCINumberError21560(err, 5);
+    } else {
+        for (uword i = 0; i < elems; ++i) {
+            void *const element = static_cast<char *>(rsl) + size_t{i} * rsl_length;
+            status = OCINumberToReal(err, number[i], rsl_length, element);
+            if (status != OCI_SUCCESS) {
+                QZOCI_LOG_ERROR("OCINumberToRealArray error in index %u", i);
+                break;
+            }
+        }
+    }
+    return OCI_NUMBER_RETURN("OCINumberToRealArray", status);
+}
