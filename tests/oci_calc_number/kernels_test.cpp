@@ -207,6 +207,73 @@ TEST_F(Kernels, ArcTangent) {
     }
 }
 
+// A value composed of kernels, at each of its widths: its error is within the bits that it
+// claims, and these are no more than the kernels' own bounds leave.
+template <int... N>
+void expect_claim(const Value &want, const auto &most, const auto &evaluate) {
+    each<N...>([&](auto r) {
+        const int claimed = evaluate(r);
+        EXPECT_LE(claimed, most(r));
+        if (claimed > 0) EXPECT_GE(bits(Value(r), want), claimed) << sizeof r.m / 8;
+    });
+}
+
+TEST_F(Kernels, Compositions) {
+    constexpr int wide = calc::wide_limbs;
+    // A division of two logarithms adds their errors; a power multiplies its logarithm's by
+    // less than 2^9; arcs and hyperbolic functions add a root's or an inverse's.
+    const auto quotient_bits = []<int N>(const Real<N> &) { return calc::ln_bits<N> - 1; };
+    const auto power_bits = []<int N>(const Real<N> &) { return calc::ln_bits<N> - 9; };
+    const auto arc_bits = []<int N>(const Real<N> &) { return calc::atan_bits<N> - 1; };
+    const auto hyperbolic_bits = []<int N>(const Real<N> &) { return calc::exp_bits<N> - 2; };
+    const auto trig_bits = []<int N>(const Real<N> &) { return calc::sin_cos_bits<N>; };
+    Value want, t;
+    for (int i = 0; i < rounds; ++i) {
+        const std::string nines(1 + random() % 37, '9');
+        const Operand any(random_text(-20, 100)), small(random_text(-23, -1)),
+            next("0." + nines + "7e0");
+        const Operand &unit = i % 2 ? small : next, &angle = i % 3 ? small : any;
+        SCOPED_TRACE(any.text + " " + small.text + " " + next.text);
+
+        mpfr_log(want.v, any.exact.v, MPFR_RNDN);
+        mpfr_log(t.v, next.exact.v, MPFR_RNDN);
+        mpfr_div(want.v, want.v, t.v, MPFR_RNDN);
+        expect_claim<3, 4, wide>(want, quotient_bits, [&](auto &r) {
+            return calc::logarithm_quotient(r, any.decimal, next.decimal);
+        });
+        const Operand base(random_text(1, 3)), power(std::to_string(50 + random() % 14) + "e0");
+        mpfr_pow(want.v, base.exact.v, power.exact.v, MPFR_RNDN);
+        if (mpfr_get_exp(want.v) < 700)
+            expect_claim<4, wide>(want, power_bits, [&](auto &r) {
+                return calc::power_value(r, base.decimal, power.decimal);
+            });
+        mpfr_atan2(want.v, angle.exact.v, next.exact.v, MPFR_RNDN);
+        expect_claim<3, 4, wide>(want, arc_bits, [&](auto &r) {
+            return calc::angle_value(r, angle.decimal, next.decimal);
+        });
+        for (const auto f : {calc::Arc::sine, calc::Arc::cosine}) {
+            (f == calc::Arc::sine ? mpfr_asin : mpfr_acos)(want.v, unit.exact.v, MPFR_RNDN);
+            expect_claim<3, 4, wide>(want, arc_bits,
+                                     [&](auto &r) { return calc::arc_value(r, f, unit.decimal); });
+        }
+        using calc::Hyperbolic;
+        for (const auto f : {Hyperbolic::sine, Hyperbolic::cosine, Hyperbolic::tangent}) {
+            constexpr decltype(&mpfr_sinh) functions[] = {mpfr_sinh, mpfr_cosh, mpfr_tanh};
+            functions[static_cast<int>(f)](want.v, unit.exact.v, MPFR_RNDN);
+            expect_claim<3, 4, wide>(want, hyperbolic_bits, [&](auto &r) {
+                return calc::hyperbolic_value(r, f, unit.decimal);
+            });
+        }
+        using calc::Trig;
+        for (const auto f : {Trig::sine, Trig::cosine, Trig::tangent}) {
+            constexpr decltype(&mpfr_sin) functions[] = {mpfr_sin, mpfr_cos, mpfr_tan};
+            functions[static_cast<int>(f)](want.v, angle.exact.v, MPFR_RNDN);
+            expect_claim<3, 4, wide>(
+                want, trig_bits, [&](auto &r) { return calc::trig_value(r, f, angle.decimal); });
+        }
+    }
+}
+
 // Powers of 10^8 and their neighbours, where the scaling's own truncation moves the value
 // across the limb's border.
 TEST_F(Kernels, RoundingNextToPowersOfTheLimbBase) {
