@@ -104,43 +104,43 @@ inline void store(ub1 *p, ub8 x) {
 }
 
 // Turns digit bytes into digits and back, in every byte: (x ^ flip) + offset is x - 1 or
-// 101 - x, and x + 1 or 101 - x. A digit byte out of its range becomes a digit of 100 or more,
-// at least the lowest such byte, whose neighbours below borrow nothing from it.
+// 101 - x (~x + 1 + 101), and x + 1 or 101 - x. A digit byte out of its range becomes a digit
+// of 100 or more, at least the lowest such byte, whose neighbours below borrow nothing from it.
 struct Coding {
+    ub8 zeros;  // the bytes of zero digits
     ub8 flip;
     ub8 offset;
     ub8 operator()(ub8 x) const { return (x ^ flip) + offset; }
 };
-inline constexpr ub8 complement_offset = in_every_byte(101) + 1;  // 101 - x is ~x + 1 + 101
-inline Coding decoding(bool negative) {
-    return negative ? Coding{~ub8{0}, complement_offset} : Coding{0, ~in_every_byte(1) + 1};
-}
-inline Coding encoding(bool negative) {
-    return negative ? Coding{~ub8{0}, complement_offset} : Coding{0, in_every_byte(1)};
-}
+// For positive values, and for negative ones.
+inline constexpr Coding decodings[] = {{in_every_byte(1), 0, ~in_every_byte(1) + 1},
+                                       {in_every_byte(101), ~ub8{0}, in_every_byte(101) + 1}};
+inline constexpr Coding encodings[] = {{in_every_byte(1), 0, in_every_byte(1)},
+                                       {in_every_byte(101), ~ub8{0}, in_every_byte(101) + 1}};
 
 // Non-zero exactly when there is a byte above 99.
 inline ub8 above_99(ub8 x) { return (x | (x + in_every_byte(28))) & in_every_byte(128); }
 
-// Reads the first `count` digit bytes of a record, 1 to 20, with zeros behind them. False
+// Reads the first `count` digit bytes of a record, at most 20, with zeros behind them. False
 // when one is out of its range.
 inline bool read_digits(const OCINumber &n, bool negative, unsigned count, Digits &d) {
     const ub1 *const bytes = n.OCINumberPart + 2;
-    const ub8 zeros = in_every_byte(negative ? 101 : 1);
-    const Coding decode = decoding(negative);
+    const Coding &decode = decodings[negative];
     const Digits &keep = first_digits(count);
+    const auto read = [&](ub8 loaded, ub8 mask) {
+        return decode(((loaded ^ decode.zeros) & mask) ^ decode.zeros);
+    };
+    d.word[0] = read(load(bytes), keep.word[0]);
+    d.word[1] = read(load(bytes + 8), keep.word[1]);
     // The last four bytes are the lower half of the word that ends with them.
-    const ub8 loaded[3] = {load(bytes), load(bytes + 8), load(bytes + 12) << 32};
-    for (int i = 0; i < 3; ++i) {
-        d.word[i] = decode(((loaded[i] ^ zeros) & keep.word[i]) ^ zeros);
-    }
+    d.word[2] = read(load(bytes + 12) << 32, keep.word[2]);
     return (above_99(d.word[0]) | above_99(d.word[1]) | above_99(d.word[2])) == 0;
 }
 
 // Writes all 20 digit bytes.
 inline void write_digits(OCINumber &n, bool negative, const Digits &d) {
     ub1 *const bytes = n.OCINumberPart + 2;
-    const Coding encode = encoding(negative);
+    const Coding encode = encodings[negative];
     store(bytes, encode(d.word[0]));
     store(bytes + 8, encode(d.word[1]));
     auto last = static_cast<ub4>(encode(d.word[2]) >> 32);
@@ -174,6 +174,15 @@ inline bool less(const Digits &a, const Digits &b) {
     if (a.word[0] != b.word[0]) return a.word[0] < b.word[0];
     if (a.word[1] != b.word[1]) return a.word[1] < b.word[1];
     return a.word[2] < b.word[2];
+}
+
+inline void exchange_if(bool condition, Digits &a, Digits &b) {
+    const ub8 mask = condition ? ~ub8{0} : 0;
+    for (int i = 0; i < 3; ++i) {
+        const ub8 difference = (a.word[i] ^ b.word[i]) & mask;
+        a.word[i] ^= difference;
+        b.word[i] ^= difference;
+    }
 }
 
 // Adds one to the digit of the index; there are only zeros behind it. Returns true when the

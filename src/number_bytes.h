@@ -51,12 +51,14 @@ inline bool has_positive_exponent(const OCINumber &n) {
     return n.OCINumberPart[1] > zero_exponent_byte;
 }
 
-// The complement of the exponent byte turns the sign.
+// The complement of the exponent byte turns the sign: 62 - E is that of 193 + E. Signs are as
+// good as random, so they choose by masks rather than branches.
+constexpr unsigned flip(bool negative) { return negative * 0xffu; }
 constexpr int real_exponent(ub1 exponent_byte) {
-    return is_negative(exponent_byte) ? 62 - exponent_byte : exponent_byte - 193;
+    return static_cast<int>(exponent_byte ^ flip(is_negative(exponent_byte))) - 193;
 }
 constexpr ub1 exponent_byte(bool negative, int exponent) {
-    return static_cast<ub1>(negative ? 62 - exponent : 193 + exponent);
+    return static_cast<ub1>(static_cast<unsigned>(193 + exponent) ^ flip(negative));
 }
 
 constexpr ub1 turn_digit_byte(ub1 b) { return static_cast<ub1>(102 - b); }
@@ -73,14 +75,19 @@ constexpr ub1 encode_digit(bool negative, unsigned digit) {
 // byte 102 is always the ending byte.
 inline unsigned digit_count(const OCINumber &n) {
     const unsigned length = n.OCINumberPart[0];
-    return length - 1 - (length > 1 && n.OCINumberPart[length] == ending_byte ? 1 : 0);
+    const bool ends = n.OCINumberPart[length] == ending_byte;
+    return length - 1 - (ends & (length > 1));
 }
 
 // Sets length byte, exponent byte and the ending byte around `count` digit
 // bytes that are in place already.
 inline void set_frame(OCINumber &n, bool negative, int exponent, unsigned count) {
     unsigned length = count + 1;
-    if (negative && count < max_digits) n.OCINumberPart[++length] = ending_byte;
+    if (count < max_digits) {
+        ub1 &behind = n.OCINumberPart[count + 2];
+        behind = static_cast<ub1>(behind ^ ((behind ^ ending_byte) & flip(negative)));
+        length += negative;
+    }
     n.OCINumberPart[0] = static_cast<ub1>(length);
     n.OCINumberPart[1] = exponent_byte(negative, exponent);
 }

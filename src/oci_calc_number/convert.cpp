@@ -4,28 +4,40 @@
 using namespace number_bytes;
 using calc::Digits;
 
-extern "C" sword QZCICalcNumFromNumber(QZCICalcNumber *out, const OCINumber *in) {
-    if (!has_valid_length(*in)) return OCI_ERROR;
-    const bool negative = is_negative(*in);
-    const unsigned count = digit_count(*in);
-    if (count == 0) {
-        if (is_zero(*in)) {
-            calc::set_zero(*out);
-        } else if (is_negative_infinity(*in)) {
-            calc::set_infinity(*out, true);
-        } else {
-            return OCI_ERROR;
-        }
+namespace {
+
+// What is no run of digits with a first that is not zero: zero, the infinities, numbers not in
+// normal form, and bytes that hold no number.
+[[gnu::noinline]] sword read_special(QZCICalcNumber &out, const OCINumber &in) {
+    if (!has_valid_length(in)) return OCI_ERROR;
+    if (is_zero(in)) {
+        calc::set_zero(out);
         return OCI_SUCCESS;
     }
+    if (is_negative_infinity(in) || is_positive_infinity(in)) {
+        calc::set_infinity(out, is_negative(in));
+        return OCI_SUCCESS;
+    }
+    const unsigned count = digit_count(in);
     Digits digits;
-    if (!read_digits(*in, negative, count, digits)) [[unlikely]] {
-        if (!is_positive_infinity(*in)) return OCI_ERROR;
-        calc::set_infinity(*out, false);
+    if (count == 0 || !read_digits(in, is_negative(in), count, digits)) return OCI_ERROR;
+    calc::set_normalized(out, is_negative(in), real_exponent(in.OCINumberPart[1]), digits);
+    return OCI_SUCCESS;
+}
+
+}  // namespace
+
+extern "C" sword QZCICalcNumFromNumber(QZCICalcNumber *out, const OCINumber *in) {
+    const bool negative = is_negative(*in);
+    if (!has_valid_length(*in)) return OCI_ERROR;
+    Digits digits;
+    // A length byte of 1 leaves no digit, or its exponent byte is taken for the ending byte.
+    const bool in_range = read_digits(*in, negative, digit_count(*in), digits);
+    if (in_range & (digits.word[0] >> 56 != 0)) [[likely]] {
+        calc::set_digits(*out, negative, real_exponent(in->OCINumberPart[1]), digits);
         return OCI_SUCCESS;
     }
-    calc::set_normalized(*out, negative, real_exponent(in->OCINumberPart[1]), digits);
-    return OCI_SUCCESS;
+    return read_special(*out, *in);
 }
 
 // Results of elementary functions are rounded already (binary/rounding.cpp); their digits

@@ -33,10 +33,14 @@ inline bool is_logarithm(const QZCICalcNumber &n) {
     return n.num_infinity == static_cast<sb1>(Kind::logarithm);
 }
 
+// Finite, not zero, and nothing more than its digits.
+inline bool is_plain(const QZCICalcNumber &n) { return (n.num_infinity | n.is_zero) == 0; }
+
 // The digits of a finite value that is not zero, and the power of 100 of the first.
 inline Digits digits_of(const QZCICalcNumber &n) {
+    // Word by word, as they were stored: a wider load would wait for the stores to finish.
     Digits d;
-    std::memcpy(&d, n.data_part, sizeof d);
+    for (int i = 0; i < 3; ++i) std::memcpy(&d.word[i], n.data_part + 2 * i, sizeof d.word[i]);
     return d;
 }
 inline int exponent_of(const QZCICalcNumber &n) { return n.start_pos; }
@@ -65,8 +69,8 @@ inline bool is_tiny(const QZCICalcNumber &n) { return n.is_zero != 0 || exponent
 
 inline void set_fields(QZCICalcNumber &n, bool negative, Kind kind, int exponent, bool zero,
                        const Digits &d) {
-    std::memcpy(n.data_part, &d, sizeof d);
-    n.num_signed = negative ? -1 : 1;
+    for (int i = 0; i < 3; ++i) std::memcpy(n.data_part + 2 * i, &d.word[i], sizeof d.word[i]);
+    n.num_signed = static_cast<sb1>(1 - 2 * int{negative});
     n.num_infinity = static_cast<sb1>(kind);
     n.start_pos = static_cast<sb1>(exponent);
     n.end_pos = 0;
@@ -78,11 +82,14 @@ inline void set_infinity(QZCICalcNumber &n, bool negative) {
     set_fields(n, negative, Kind::infinity, 0, false, {});
 }
 
-// A finite value whose first digit is not zero. An exponent that is no sb1 is that of a product
-// or quotient far out of the range; the nearest sb1 is, too.
+// A finite value whose first digit is not zero.
 inline void set_digits(QZCICalcNumber &n, bool negative, int exponent, const Digits &d) {
-    set_fields(n, negative, Kind::finite, std::clamp(exponent, -128, 127), false, d);
+    set_fields(n, negative, Kind::finite, exponent, false, d);
 }
+
+// An exponent that is no sb1 is that of a product or quotient far out of the range, as the
+// nearest sb1 is. Zeros in front of a result take no more than two digits off it.
+inline int any_exponent(int exponent) { return std::clamp(exponent, -126, 127); }
 
 // The same for digits that may begin with zeros, or be all zero.
 inline void set_normalized(QZCICalcNumber &n, bool negative, int exponent, const Digits &d) {

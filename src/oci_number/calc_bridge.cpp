@@ -110,8 +110,9 @@ sword OCINumberStoreResult(OCIError *err, const QZCICalcNumber &calc_result, OCI
     return OCI_SUCCESS;
 }
 
-sword OCINumberTwoParamChecked(OCIError *err, const OCINumber *number1, const OCINumber *number2,
-                               OCINumber *result, ub4 index, boolean check_zero) {
+inline sword OCINumberTwoParamChecked(OCIError *err, const OCINumber *number1,
+                                      const OCINumber *number2, OCINumber *result, ub4 index,
+                                      boolean check_zero) {
     if (const sword status = OCINumberCheckFourParams(err, number1, number2, result)) return status;
     if (check_zero == 1 && is_zero(*number2)) return OCINumberError22056(err, number1);
     if (index == OCINumberArcTan2Index && is_zero(*number2)) return OCINumberError22060(err, 3);
@@ -158,8 +159,8 @@ sword OCINumberCheckDomain(OCIError *err, const OCINumber *number, ub4 index) {
     }
 }
 
-sword OCINumberOneParamChecked(OCIError *err, const OCINumber *number, OCINumber *result,
-                               ub4 index) {
+inline sword OCINumberOneParamChecked(OCIError *err, const OCINumber *number, OCINumber *result,
+                                      ub4 index) {
     if (const sword status = OCINumberCheckThreeParams(err, number, result)) return status;
     if (const sword status = OCINumberCheckDomain(err, number, index)) return status;
 
@@ -178,9 +179,11 @@ sword OCINumberOneParamChecked(OCIError *err, const OCINumber *number, OCINumber
 
 }  // namespace
 
-sword oci_number::OCINumberTwoParamMathCall(OCIError *err, const OCINumber *number1,
-                                            const OCINumber *number2, OCINumber *result, ub4 index,
-                                            boolean check_zero) {
+[[gnu::noinline]] sword oci_number::OCINumberTwoParamMathCall(OCIError *err,
+                                                              const OCINumber *number1,
+                                                              const OCINumber *number2,
+                                                              OCINumber *result, ub4 index,
+                                                              boolean check_zero) {
     const char *const func_name = two_param_calls[index].func_name;
     QZOCI_LOG_DEBUG("call %s with params [err:%p] [number1:%p] [number2:%p] [result:%p]", func_name,
                     err, number1, number2, result);
@@ -188,8 +191,9 @@ sword oci_number::OCINumberTwoParamMathCall(OCIError *err, const OCINumber *numb
     return OCI_NUMBER_RETURN(func_name, status);
 }
 
-sword oci_number::OCINumberOneParamMathCall(OCIError *err, const OCINumber *number,
-                                            OCINumber *result, ub4 index) {
+[[gnu::noinline]] sword oci_number::OCINumberOneParamMathCall(OCIError *err,
+                                                              const OCINumber *number,
+                                                              OCINumber *result, ub4 index) {
     if (index >= OCINumberOneParamIndexMax) {
         QZOCI_LOG_ERROR("OCINumberOneParamMathCall get a invalid index %u", index);
         return OCI_ERROR;

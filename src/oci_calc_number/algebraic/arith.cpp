@@ -1,6 +1,5 @@
 // Sum, difference, product, floor and ceiling, exact or cut off toward zero behind 24 digits.
 #include <utility>
-
 #include "oci_calc_number/binary/limbs.h"
 #include "oci_calc_number/record.h"
 
@@ -13,6 +12,13 @@ using digit_words::split;
 using digit_words::window;
 using digit_words::word_base;
 
+// Whether there are digits from the index on, all of them when it is negative.
+bool has_digits_from(const Digits &d, int index) {
+    const Digits &before = digit_words::first_digits(static_cast<unsigned>(index < 0 ? 0 : index));
+    return ((d.word[0] & ~before.word[0]) | (d.word[1] & ~before.word[1]) |
+            (d.word[2] & ~before.word[2])) != 0;
+}
+
 // a + b, or a - b with `subtract`, for finite values that are not zero.
 void add_finite(const QZCICalcNumber &a, const QZCICalcNumber &b, bool subtract,
                 QZCICalcNumber &result) {
@@ -20,29 +26,18 @@ void add_finite(const QZCICalcNumber &a, const QZCICalcNumber &b, bool subtract,
     int exponent = exponent_of(a);
     int distance = exponent - exponent_of(b);
     bool negative = is_negative(a);
-    const bool low_negative = is_negative(b) != subtract;
-    const bool opposite = negative != low_negative;
+    const bool opposite = negative != (is_negative(b) != subtract);
+    // Which is larger is as good as random: no branch depends on it.
     if (distance < 0 || (distance == 0 && opposite && less(high, low))) {
         std::swap(high, low);
         exponent -= distance;
         distance = -distance;
-        negative = low_negative;
+        negative ^= opposite;
     }
-    bool cut = false;
-    if (distance != 0) {
-        const Digits moved = moved_back(low, static_cast<unsigned>(distance));
-        // Digits that leave the window take the exact difference below what the others give.
-        // They are four places behind the first at least, so the difference
-        // keeps 23 digits.
-        if (opposite && distance > 4) {
-            const unsigned held =
-                distance < int{window} ? window - static_cast<unsigned>(distance) : 0;
-            const Digits mask = digit_words::first_digits(held);
-            cut = ((low.word[0] & ~mask.word[0]) | (low.word[1] & ~mask.word[1]) |
-                   (low.word[2] & ~mask.word[2])) != 0;
-        }
-        low = moved;
-    }
+    // Digits that leave the window take the exact difference below what the others give. They
+    // are four places behind the first at least, so the difference keeps 23 digits.
+    const bool cut = opposite && distance > 4 && has_digits_from(low, int{window} - distance);
+    low = moved_back(low, static_cast<unsigned>(distance));
     if (combine(high, low, opposite, cut) != 0) {
         high = moved_back(high, 1);
         high.word[0] |= ub8{1} << 56;
@@ -52,6 +47,10 @@ void add_finite(const QZCICalcNumber &a, const QZCICalcNumber &b, bool subtract,
 }
 
 sword add(const QZCICalcNumber &a, const QZCICalcNumber &b, bool subtract, QZCICalcNumber &result) {
+    if (is_plain(a) & is_plain(b)) [[likely]] {
+        add_finite(a, b, subtract, result);
+        return OCI_SUCCESS;
+    }
     const bool b_negative = is_negative(b) != subtract;
     if (is_infinite(a)) {
         if (is_infinite(b) && is_negative(a) != b_negative) return OCI_ERROR;
@@ -149,14 +148,14 @@ extern "C" sword QZCICalcNumMul(const QZCICalcNumber *operand1, const QZCICalcNu
     const QZCICalcNumber &a = *operand1;
     const QZCICalcNumber &b = *operand2;
     const bool negative = is_negative(a) != is_negative(b);
-    if (is_infinite(a) || is_infinite(b)) {
+    if (is_plain(a) & is_plain(b)) [[likely]] {
+        set_normalized(*result, negative, any_exponent(exponent_of(a) + exponent_of(b) + 1),
+                       product(digits_of(a), digits_of(b)));
+    } else if (is_infinite(a) || is_infinite(b)) {
         if (a.is_zero != 0 || b.is_zero != 0) return OCI_ERROR;
         set_infinity(*result, negative);
-    } else if (a.is_zero != 0 || b.is_zero != 0) {
-        set_zero(*result);
     } else {
-        set_normalized(*result, negative, exponent_of(a) + exponent_of(b) + 1,
-                       product(digits_of(a), digits_of(b)));
+        set_zero(*result);
     }
     return OCI_SUCCESS;
 }

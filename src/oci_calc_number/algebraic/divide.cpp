@@ -179,7 +179,7 @@ extern "C" sword QZCICalcNumDiv(const QZCICalcNumber *dividend, const QZCICalcNu
     } else if (a.is_zero != 0 || is_infinite(b)) {
         set_zero(*result);
     } else {
-        set_normalized(*result, negative, exponent_of(a) - exponent_of(b),
+        set_normalized(*result, negative, any_exponent(exponent_of(a) - exponent_of(b)),
                        split(quotient(digits_of(a), digits_of(b))));
     }
     return OCI_SUCCESS;
