@@ -11,7 +11,8 @@
 // the exact mathematical value rounded once, half away from zero, to 20 base-100 digits;
 // a magnitude of 10^126 or more after rounding is the infinity of that sign, one below
 // 10^-128 is zero, both with success. docs/numerics.md says how. The algebraic functions
-// leave the rounding to QZCICalcNumToNumber.
+// leave the rounding to QZCICalcNumToNumber, the elementary ones round themselves
+// (binary/rounding.h); the range rule is QZCICalcNumToNumber's.
 #pragma once
 
 #include "oci.h"
@@ -19,11 +20,11 @@
 extern "C" {
 
 struct QZCICalcNumber {
-    ub4 data_part[40];  // the digits, base 10^8, least significant limb first
+    ub4 data_part[40];  // 24 base-100 digits, one a byte; record.h tells how
     sb1 num_signed;     // 1 when the value is not negative, -1 when it is
     sb1 num_infinity;   // 1 for an infinity of that sign, 2 for a logarithm, else 0
-    sb1 start_pos;      // power of 10^8 of the most significant limb
-    sb1 end_pos;        // power of 10^8 of data_part[0]
+    sb1 start_pos;      // power of 100 of the first digit
+    sb1 end_pos;        // 0
     sb1 is_zero;        // 1 for zero, else 0
 };
 
@@ -44,8 +45,8 @@ sword QZCICalcNumToNumber(const QZCICalcNumber *in, OCINumber *out);
 // buffer cannot hold one digit with its exponent.
 sword QZCICalcNumToStr(const QZCICalcNumber *in, char *buf, size_t size);
 
-// Sum, difference and product: exact, as long as they fit in 40 limbs, which those of
-// numbers do; else cut off. OCI_ERROR for inf - inf and 0 x inf.
+// Sum, difference and product: exact when they fit in 24 digits, else cut off toward zero
+// behind the 23rd or 24th. OCI_ERROR for inf - inf and 0 x inf.
 sword QZCICalcNumAdd(const QZCICalcNumber *operand1, const QZCICalcNumber *operand2,
                      QZCICalcNumber *result);
 sword QZCICalcNumSub(const QZCICalcNumber *operand1, const QZCICalcNumber *operand2,
@@ -53,7 +54,8 @@ sword QZCICalcNumSub(const QZCICalcNumber *operand1, const QZCICalcNumber *opera
 sword QZCICalcNumMul(const QZCICalcNumber *operand1, const QZCICalcNumber *operand2,
                      QZCICalcNumber *result);
 
-// The quotient cut off after six limbs or more, for records of any width. x / inf is 0.
+// The quotient cut off behind 22 digits or more; of two logarithms (QZCICalcNumLn) the quotient
+// of their exact values, rounded. x / inf is 0.
 // OCI_ERROR for inf / inf and a divisor of zero.
 sword QZCICalcNumDiv(const QZCICalcNumber *dividend, const QZCICalcNumber *divisor,
                      QZCICalcNumber *quotient);
@@ -67,14 +69,13 @@ sword QZCICalcNumMod(const QZCICalcNumber *dividend, const QZCICalcNumber *divis
 sword QZCICalcNumCeil(const QZCICalcNumber *operand, QZCICalcNumber *result);
 sword QZCICalcNumFloor(const QZCICalcNumber *operand, QZCICalcNumber *result);
 
-// The root cut off after six limbs. sqrt(inf) is inf. OCI_ERROR for a negative operand.
+// The root cut off behind 24 digits. sqrt(inf) is inf. OCI_ERROR for a negative operand.
 sword QZCICalcNumSqrt(const QZCICalcNumber *operand, QZCICalcNumber *result);
 
 // e^x. e^-inf is 0, e^inf is inf.
 sword QZCICalcNumExp(const QZCICalcNumber *operand, QZCICalcNumber *result);
 
-// ln x. The result also remembers x, so that QZCICalcNumDiv can round the quotient of
-// two such records right. OCI_ERROR for zero and below.
+// ln x, in a record of a kind of its own: elementary/logarithm.h. OCI_ERROR for zero and below.
 sword QZCICalcNumLn(const QZCICalcNumber *operand, QZCICalcNumber *result);
 
 // Angles in radians, of any size. OCI_ERROR for an infinity.
