@@ -4,7 +4,7 @@
 #
 #   install_test.sh BUILD_FOLDER LIBDIR VERSION [INSTALLED_TOOL]
 #
-# CC, CXX, CFLAGS and CXXFLAGS are taken from the environment.
+# CMAKE_GENERATOR, CC, CXX, CFLAGS and CXXFLAGS are taken from the environment.
 set -euo pipefail
 build=$1 libdir=$2 version=$3 tool=${4-}
 source=$(cd "$(dirname "$0")/consumer" && pwd)

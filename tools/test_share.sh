@@ -1,0 +1,19 @@
+#!/bin/bash
+# Prints how many lines of tests stand beside a hundred lines of code, and fails
+# above the number given as argument. Blank lines, test data and generated tables
+# do not count.
+#
+#   tools/test_share.sh 36
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+lines() { git ls-files -z "$@" ':!*.inc' | xargs -0 cat | grep -c '[^[:space:]]'; }
+
+tests=$(lines tests ':!tests/data')
+code=$(lines src include tools)
+share=$((100 * tests / code))
+echo "$tests lines of tests, $code lines of code: $share %"
+if [[ $((100 * tests)) -gt $(($1 * code)) ]]; then
+    echo "more than $1 %" >&2
+    exit 1
+fi
