@@ -18,21 +18,39 @@ OCIError *new_error(OCIEnv *env) {
 
 TEST(Handle, TypeByteTellsFreedAndForeign) {
     OCIEnv *env = new_env();
-    OCIError *a = new_error(env), *b = new_error(env), *c = new_error(env);
+    OCIError *freed = new_error(env), *left = new_error(env);
     sb4 code = 0;
-    EXPECT_EQ(OCIHandleFree(b, OCI_HTYPE_ERROR), OCI_SUCCESS);
-    EXPECT_EQ(OCIHandleFree(b, OCI_HTYPE_ERROR), OCI_INVALID_HANDLE);
-    EXPECT_EQ(OCIErrorGet(b, 1, nullptr, &code, nullptr, 0, OCI_HTYPE_ERROR), OCI_INVALID_HANDLE);
-    EXPECT_EQ(OCIHandleFree(a, OCI_HTYPE_ENV), OCI_INVALID_HANDLE);
-    // Out of the middle, then the last: the list's links must hold.
-    EXPECT_EQ(OCIHandleFree(c, OCI_HTYPE_ERROR), OCI_SUCCESS);
+    EXPECT_EQ(OCIHandleFree(freed, OCI_HTYPE_ERROR), OCI_SUCCESS);
+    EXPECT_EQ(OCIHandleFree(freed, OCI_HTYPE_ERROR), OCI_INVALID_HANDLE);
+    EXPECT_EQ(OCIErrorGet(freed, 1, nullptr, &code, nullptr, 0, OCI_HTYPE_ERROR),
+              OCI_INVALID_HANDLE);
+    EXPECT_EQ(OCIHandleFree(left, OCI_HTYPE_ENV), OCI_INVALID_HANDLE);
     EXPECT_EQ(OCIHandleFree(env, OCI_HTYPE_ERROR), OCI_INVALID_HANDLE);
     EXPECT_EQ(OCIHandleFree(nullptr, OCI_HTYPE_ENV), OCI_INVALID_HANDLE);
     // The environment takes its remaining error handles with it.
     EXPECT_EQ(OCIHandleFree(env, OCI_HTYPE_ENV), OCI_SUCCESS);
     EXPECT_EQ(OCIHandleFree(env, OCI_HTYPE_ENV), OCI_INVALID_HANDLE);
-    EXPECT_EQ(OCIHandleFree(a, OCI_HTYPE_ERROR), OCI_INVALID_HANDLE);
-    EXPECT_EQ(OCIHandleFree(c, OCI_HTYPE_ERROR), OCI_INVALID_HANDLE);
+    EXPECT_EQ(OCIHandleFree(left, OCI_HTYPE_ERROR), OCI_INVALID_HANDLE);
+}
+
+// Whatever the order, the environment's list holds what is left.
+TEST(Handle, ErrorsFreedInAnyOrder) {
+    size_t order[] = {0, 1, 2};
+    do {
+        OCIEnv *env = new_env();
+        OCIError *const errors[] = {new_error(env), new_error(env), new_error(env)};
+        for (int left = 2; left >= 0; --left) {
+            OCIHandleFree(errors[order[left]], OCI_HTYPE_ERROR);
+            int found = 0;
+            OCIError *prev = nullptr;
+            for (OCIError *e = env->errors; e != nullptr && found < 3; e = e->next, ++found) {
+                ASSERT_EQ(e->prev, prev);
+                prev = e;
+            }
+            ASSERT_EQ(found, left);
+        }
+        OCIHandleFree(env, OCI_HTYPE_ENV);
+    } while (std::next_permutation(order, order + 3));
 }
 
 TEST(Handle, RefusedAllocations) {

@@ -113,6 +113,25 @@ sword OCINumberProcessValue(const OCINumber *number, OraText **number_raw_str, s
 sword OCINumberProcessFormat(const OraText **fmt_raw, ub4 *fmt_raw_length, ub4 *scale,
                              boolean *has_fm, boolean *has_tm);
 
+// What OCINumberToText lays out: the number's text over a model's body, in a buffer of
+// `result_size`. Body position k lands at result position k + 1; result position 0 is left
+// for the sign.
+inline constexpr sb8 result_size = 128;
+struct Layout {
+    const OraText *number_str;
+    sb8 number_len;
+    const OraText *format_str;
+    sb8 format_len;
+    OraText *result_buf;
+    boolean has_fm;
+    boolean has_tm;
+};
+sword OCINumberLayOut(OCIError *err, const Layout &l, sb8 &result_len);
+
+// OCINumberFromInt behind its checks, with room for the integer's text and its terminator.
+sword OCINumberFromIntChecked(OCIError *err, const void *inum, uword inum_length, bool is_unsigned,
+                              OCINumber *number, char *text, size_t text_size);
+
 // Error 22061: the format model, quoted; nothing in the log. Returns OCI_ERROR.
 sword OCINumberError22061(OCIError *errhp, const OraText *fmt, ub4 fmt_length);
 

@@ -106,10 +106,10 @@ sword OCINumberToIntChecked(OCIError *err, const OCINumber *number, uword rsl_le
 constexpr size_t integer_text_size = 22;
 
 template <class Integer>
-std::to_chars_result OCINumberPrintInteger(char *text, const void *inum) {
+std::to_chars_result OCINumberPrintInteger(char *text, char *end, const void *inum) {
     Integer value;
     std::memcpy(&value, inum, sizeof value);
-    return std::to_chars(text, text + integer_text_size - 1, value);
+    return std::to_chars(text, end, value);
 }
 
 // Builds the number from its decimal text, an exact integer without leading
@@ -130,26 +130,29 @@ void OCINumberFromDigits(const char *text, const char *end, OCINumber &number) {
     set_frame(number, negative, count - 1, static_cast<unsigned>(count));
 }
 
-sword OCINumberFromIntChecked(OCIError *err, const void *inum, uword inum_length, bool is_unsigned,
-                              OCINumber *number) {
-    char text[integer_text_size] = {};
+}  // namespace
+
+sword oci_number::OCINumberFromIntChecked(OCIError *err, const void *inum, uword inum_length,
+                                          bool is_unsigned, OCINumber *number, char *text,
+                                          size_t text_size) {
+    char *const end = text + text_size - 1;
     std::to_chars_result printed;
     switch (inum_length) {
         case 1:
-            printed = is_unsigned ? OCINumberPrintInteger<ub1>(text, inum)
-                                  : OCINumberPrintInteger<sb1>(text, inum);
+            printed = is_unsigned ? OCINumberPrintInteger<ub1>(text, end, inum)
+                                  : OCINumberPrintInteger<sb1>(text, end, inum);
             break;
         case 2:
-            printed = is_unsigned ? OCINumberPrintInteger<ub2>(text, inum)
-                                  : OCINumberPrintInteger<sb2>(text, inum);
+            printed = is_unsigned ? OCINumberPrintInteger<ub2>(text, end, inum)
+                                  : OCINumberPrintInteger<sb2>(text, end, inum);
             break;
         case 4:
-            printed = is_unsigned ? OCINumberPrintInteger<ub4>(text, inum)
-                                  : OCINumberPrintInteger<sb4>(text, inum);
+            printed = is_unsigned ? OCINumberPrintInteger<ub4>(text, end, inum)
+                                  : OCINumberPrintInteger<sb4>(text, end, inum);
             break;
         case 8:
-            printed = is_unsigned ? OCINumberPrintInteger<ub8>(text, inum)
-                                  : OCINumberPrintInteger<sb8>(text, inum);
+            printed = is_unsigned ? OCINumberPrintInteger<ub8>(text, end, inum)
+                                  : OCINumberPrintInteger<sb8>(text, end, inum);
             break;
         default: return OCINumberBadIntegerLength(err, inum_length);
     }
@@ -157,13 +160,12 @@ sword OCINumberFromIntChecked(OCIError *err, const void *inum, uword inum_length
     if (printed.ec != std::errc()) {
         return OCI_NUMBER_INTERNAL_FAILURE(err, "buffer is too small in OCINumberFromInt");
     }
+    *printed.ptr = '\0';
     QZOCI_LOG_DEBUG("OCINumberFromInt get int to str: %s buffer_size: %lu", text,
                     static_cast<unsigned long>(printed.ptr - text));
     OCINumberFromDigits(text, printed.ptr, *number);
     return OCI_SUCCESS;
 }
-
-}  // namespace
 
 extern "C" sword OCINumberToInt(OCIError *err, const OCINumber *number, uword rsl_length,
                                 uword rsl_flag, void *rsl) {
@@ -206,8 +208,9 @@ extern "C" sword OCINumberFromInt(OCIError *err, const void *inum, uword inum_le
     } else if (number == nullptr) {
         status = OCINumberError21560(err, 5);
     } else {
+        char text[integer_text_size];
         status = OCINumberFromIntChecked(err, inum, inum_length, inum_s_flag == OCI_NUMBER_UNSIGNED,
-                                         number);
+                                         number, text, sizeof text);
     }
     return OCI_NUMBER_RETURN("OCINumberFromInt", status);
 }

@@ -10,20 +10,6 @@ using namespace oci_number;
 
 namespace {
 
-constexpr sb8 result_size = 128;
-
-// The arguments of the layout. Body position k lands at result position k + 1;
-// result position 0 is left for the sign.
-struct Layout {
-    const OraText *number_str;
-    sb8 number_len;
-    const OraText *format_str;
-    sb8 format_len;
-    OraText *result_buf;
-    boolean has_fm;
-    boolean has_tm;
-};
-
 // A text of printf. All that is laid out here is shorter than its int precision.
 struct Shown {
     int length;
@@ -91,7 +77,9 @@ sb8 OCINumberEndingZeros(const Layout &l, Dots dot) {
     return std::min(fmt_decimal_length - num_decimal_length, nines);
 }
 
-sword OCINumberLayOut(OCIError *err, const Layout &l, sb8 &result_len) {
+}  // namespace
+
+sword oci_number::OCINumberLayOut(OCIError *err, const Layout &l, sb8 &result_len) {
     if (l.number_len < 0 || l.number_str == nullptr ||
         (l.format_len > 0 && l.format_str == nullptr) || l.format_len >= result_size) {
         QZOCI_LOG_DEBUG(
@@ -137,6 +125,8 @@ sword OCINumberLayOut(OCIError *err, const Layout &l, sb8 &result_len) {
     }
     return OCI_SUCCESS;
 }
+
+namespace {
 
 sword OCINumberFormat(OCIError *err, const Layout &layout, sb8 &result_len) {
     return OCI_NUMBER_RETURN("OCINumberFormat", OCINumberLayOut(err, layout, result_len));

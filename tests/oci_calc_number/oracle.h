@@ -1,36 +1,20 @@
-// Correctly rounded results by MPFR, and records as decimal text.
-//
-// A value's text is MANTISSAeEXPONENT with no zero at the mantissa's ends ("-15e-1",
-// "1e2"), "0", "inf", "-inf", or "error" for a refused operand.
+// Correctly rounded results by MPFR.
 #pragma once
 
-#include <string>
-
 #include "oci_calc_number/oci_calc_number.h"
+#include "support/exact.h"
 
 namespace oracle {
 
-QZCICalcNumber record(const std::string &text);  // any decimal text with "e"
-std::string text(const QZCICalcNumber &n);       // all digits of the record
+// The number bytes of function(a) or function(a, b), of a name in support/functions.h; none for
+// refused operands.
+Bytes expected(const std::string &function, const Decimal &a, const Decimal &b);
 
-// "MANTISSAeEXPONENT" rounded half away to 20 base-100 digits, without the range rule.
-std::string round20(const std::string &text);
-// The longest prefix of the digits that an OCINumber holds.
-std::string truncate20(const std::string &text);
+// The multiple n of pi/2 to 40 digits or one less, cut off.
+Decimal half_pi_multiple(const std::string &n);
 
-// The exact value of function(a) or function(a, b), rounded once, with the range rule.
-// Names: exp ln sin cos tan asin acos atan sinh cosh tanh pow atan2 log
-// (base, x). Finite operands.
-std::string expected(const std::string &function, const std::string &a, const std::string &b);
-
-// The engine's function of that name; b counts for two operands only.
-sword call(const char *function, const QZCICalcNumber &a, const QZCICalcNumber &b,
-           QZCICalcNumber &result);
-
-// Its result, as text; "error" when it refuses. Computed twice, also in place.
-std::string actual(const std::string &function, const std::string &a, const std::string &b);
-
-// The multiple n of pi/2 to `digits` digits, cut off.
-std::string half_pi_multiple(const std::string &n, int digits);
+// Records of the engine, by way of number bytes.
+QZCICalcNumber record(const Bytes &bytes);
+Bytes bytes(const QZCICalcNumber &record);
 
 }  // namespace oracle

@@ -87,7 +87,9 @@ TEST(CallFrame, EveryFunction) {
                                            : f.name == "Log"  ? "OCNumberLog"
                                                               : name,
                                            status));
-            EXPECT_EQ(masked({log.begin() + 1, log.end() - 1}), inner);
+            std::string said;
+            for (size_t i = 1; i + 1 < log.size(); ++i) said += log[i] + "\n";
+            EXPECT_EQ(masked(said), inner);
             EXPECT_EQ(err.code(), row.code);
             EXPECT_EQ(err.message(), message);
             EXPECT_TRUE(err.other_fields_untouched());
@@ -131,26 +133,12 @@ TEST(CallFrame, SuccessKeepsTheFormerError) {
     EXPECT_EQ(err.message(), argument_error(21560, 2));
 }
 
-// Error 22062 quotes any number of unterminated bytes, cut at 3072 characters.
-TEST(CallFrame, InvalidInputString) {
-    check_call({"three of four",
-                [](OCIError *err) { return OCINumberError22062(err, "1x2y", 3); },
-                OCI_ERROR,
-                22062,
-                "OCI-22062: invalid input string [1x2]\n",
-                {"E call OCINumberFromText with invalid str [1x2]"}});
-    ErrorHandle err;
-    const std::string endless(5000, '9');
-    OCINumberError22062(err, endless.c_str(), 4294967295u);
-    EXPECT_EQ(err.message(), "OCI-22062: invalid input string [" + endless.substr(0, 3072 - 33));
-    EXPECT_TRUE(err.other_fields_untouched());
-}
-
 TEST(CallFrame, UnknownIndexIsOnlyLogged) {
-    const auto call = [](OCIError *e) {
-        return OCINumberOneParamMathCall(e, nullptr, nullptr, 14);
-    };
-    check_call({"", call, -1, 0, "", {"E OCINumberOneParamMathCall get a invalid index 14"}});
+    ErrorHandle err;
+    take_log();
+    EXPECT_EQ(OCINumberOneParamMathCall(err, nullptr, nullptr, 14), OCI_ERROR);
+    EXPECT_EQ(take_masked_log(), "E OCINumberOneParamMathCall get a invalid index 14\n");
+    EXPECT_EQ(err.code(), 0);
 }
 
 }  // namespace

@@ -1,4 +1,3 @@
-#include "support/data.h"
 #include "support/guard_page.h"
 #include "support/values.h"
 
@@ -7,8 +6,8 @@ namespace {
 // Reads a text under a model, both at the end of their pages: the value's bytes,
 // none for an error. Checks all else that may be seen; `fault` tells a log line
 // before that of the error.
-std::vector<int> read(const std::string &str, const std::string &fmt, int code,
-                      const std::string &fault = "") {
+Bytes read(const std::string &str, const std::string &fmt, int code,
+           const std::string &fault = "") {
     const GuardedBytes s(str), f(fmt);
     const OCINumber untouched = number({});
     const GuardedBytes record(&untouched, sizeof untouched);
@@ -48,7 +47,7 @@ TEST(FromText, Results) {
         } else if (c[2].starts_with("2206")) {
             read(c[0], c[1], std::stoi(c[2]));
         } else {
-            EXPECT_EQ(read(c[0], c[1], 0), value_bytes(from_text(c[2])));
+            EXPECT_EQ(read(c[0], c[1], 0), bytes_of(c[2]));
         }
     }
     for (const char *str : {"\t1", "1\x80"}) read(str, "9999", 22062, bad_character);
@@ -84,7 +83,7 @@ TEST(FromText, RandomTextsAndModels) {
         str += put_dot(random_digits(random, 1 + integers + decimals), integers - random() % 2);
         SCOPED_TRACE(str + " as " + fmt);
         if (matches(str, fmt)) {
-            ASSERT_EQ(read(str, fmt, 0), value_bytes(from_text(str)));
+            ASSERT_EQ(read(str, fmt, 0), bytes_of(str));
         } else {
             read(str, fmt, 22062);
         }

@@ -1,4 +1,4 @@
-#include "support/data.h"
+#include "oci_number/call_frame.h"
 #include "support/guard_page.h"
 #include "support/values.h"
 
@@ -42,10 +42,35 @@ std::string to_text(const OCINumber &n, const std::string &model) {
 TEST(ToText, Results) {
     ASSERT_FALSE(data_rows("to_text.txt").empty());
     for (const auto &[line, c] : data_rows("to_text.txt")) {
-        const bool raw = c[0].starts_with("bytes:");
-        EXPECT_EQ(to_text(raw ? number(hex_bytes(c[0].substr(6))) : from_text(c[0]), c[1]), c[2])
-            << line;
+        EXPECT_EQ(to_text(from_text(c[0]), c[1]), c[2]) << line;
     }
+}
+
+// Arguments of the layout that no call gives it.
+TEST(ToText, LayoutBounds) {
+    const std::string s(200, '9');
+    const auto lay_out = [&](const OraText *number, sb8 length, const OraText *format, sb8 size,
+                             boolean has_tm) {
+        std::string result(128, '#');
+        auto *const buffer = reinterpret_cast<OraText *>(result.data());
+        ErrorHandle err;
+        sb8 laid_out = 0;
+        const oci_number::Layout layout{number, length, format, size, buffer, 0, has_tm};
+        const sword status = oci_number::OCINumberLayOut(err, layout, laid_out);
+        EXPECT_EQ(err.code(), 0);
+        return text("%d %ld ", status, laid_out) + take_masked_log();
+    };
+    const std::string refused =
+        "-1 0 D params have null, status:-1, number:%s, number_len:%d, "
+        "format:%s, format_len:%d, result_buf:P, result_size:128\n";
+    EXPECT_EQ(lay_out(bytes(s), -1, bytes(s), 2, 1), text(refused.c_str(), "P", -1, "P", 2));
+    EXPECT_EQ(lay_out(nullptr, 1, bytes(s), 2, 1), text(refused.c_str(), "(nil)", 1, "P", 2));
+    EXPECT_EQ(lay_out(bytes(s), 1, nullptr, 2, 1), text(refused.c_str(), "P", 1, "(nil)", 2));
+    EXPECT_EQ(lay_out(bytes(s), 1, bytes(s), 128, 0), text(refused.c_str(), "P", 1, "P", 128));
+    EXPECT_EQ(lay_out(bytes(s), 1, bytes(s), 127, 0), "0 128 ");
+    EXPECT_EQ(lay_out(bytes(s), 129, nullptr, 0, 1),
+              "-1 0 D buffer is to small, number_len:129, result_size:128\n");
+    EXPECT_EQ(lay_out(bytes(s), 128, nullptr, 0, 1), "0 128 ");
 }
 
 // The layout in terms of strings: the number's parts over the model's parts.

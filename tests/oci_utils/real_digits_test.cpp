@@ -1,11 +1,6 @@
-#include <gtest/gtest.h>
-#include <mpfr.h>
-
-#include <random>
-
 #include "oci_utils/oci_utils.h"
-#include "support/data.h"
-#include "support/numbers.h"
+#include "support/mpfr_value.h"
+#include "support/values.h"
 
 namespace {
 
@@ -14,17 +9,6 @@ std::string digits_of(ub8 mantissa, int exponent, unsigned count) {
     char digits[20];
     const int decimal_exponent = qz_decimal_digits(mantissa, exponent, count, digits);
     return std::string(digits, count) + " " + std::to_string(decimal_exponent);
-}
-
-std::string exact_digits_of(ub8 mantissa, int exponent, unsigned count) {
-    mpfr_t value;
-    mpfr_init2(value, 64);
-    mpfr_set_ui_2exp(value, mantissa, exponent, MPFR_RNDN);
-    mpfr_exp_t decimal_exponent;
-    char digits[32];
-    mpfr_get_str(digits, &decimal_exponent, 10, count, value, MPFR_RNDN);
-    mpfr_clear(value);
-    return std::string(digits, count) + " " + std::to_string(decimal_exponent - 1);
 }
 
 TEST(RealDigits, Known) {
@@ -43,24 +27,24 @@ TEST(RealDigits, Ties) {
     auto random = seeded();
     for (long i = random_cases(20000); i > 0; --i) {
         // t / 2^k ends in a 5 at its last place; so does t * 5^j * 2^(j-1).
-        const int places = static_cast<int>(random() % 24) - 12;
+        const int places = between(random, -12, 11), exponent = places - 1;
         ub8 t = (random() >> (30 + random() % 30)) | 1;
         for (int j = 0; j < places; ++j) t *= 5;
         if (t >> 62 != 0) continue;
-        const int exponent = places - 1;
-        mpz_t exact;
-        mpz_init_set_ui(exact, t);
-        for (int k = exponent; k < 0; ++k) mpz_mul_ui(exact, exact, 5);
-        for (int k = exponent; k > 0; --k) mpz_mul_ui(exact, exact, 2);
-        char digits[64];
-        std::string all = mpz_get_str(digits, 10, exact);
-        mpz_clear(exact);
+        mpz_class exact = t;
+        for (int k = exponent; k < 0; ++k) exact *= 5;
+        for (int k = exponent; k > 0; --k) exact *= 2;
+        const std::string all = exact.get_str();
         const auto count = static_cast<unsigned>(all.find_last_not_of('0'));
         ASSERT_EQ(all[count], '5');
         if (count < 2 || count > 20) continue;
         for (const ub8 near : {t, (t << 2) - 1, (t << 2) + 1}) {
             const int scale = near == t ? exponent : exponent - 2;
-            ASSERT_EQ(digits_of(near, scale, count), exact_digits_of(near, scale, count))
+            Mpfr value(64);
+            mpfr_set_ui_2exp(value, near, scale, MPFR_RNDN);
+            mpfr_exp_t first;
+            const std::string digits = value.digits(count, first);
+            ASSERT_EQ(digits_of(near, scale, count), digits + " " + std::to_string(first))
                 << near << " * 2^" << scale << " to " << count;
         }
     }

@@ -1,94 +1,81 @@
 // Exact decimal values by GMP, and their number bytes built the slow way.
 #pragma once
 
-#include <gmp.h>
+#include <gmpxx.h>
 
 #include <algorithm>
 #include <string>
 #include <vector>
 
+using Bytes = std::vector<int>;
+
 // An exact decimal value: units * 10^exponent.
 class Decimal {
 public:
-    Decimal() { mpz_init(units_); }
-    Decimal(const std::string &digits, long exponent) : exponent_(exponent) {
-        mpz_init_set_str(units_, digits.c_str(), 10);
+    Decimal(const mpz_class &units, long exponent) : units_(units), exponent_(exponent) {}
+    Decimal(const std::string &digits, long exponent) : Decimal(mpz_class(digits, 10), exponent) {}
+    // The value of a text: "-12.5", "1e-128".
+    explicit Decimal(std::string text) : Decimal(mpz_class(0), 0) {
+        const size_t e = std::min(text.find('e'), text.size());
+        if (e < text.size()) exponent_ = std::stol(text.substr(e + 1));
+        text.resize(e);
+        if (const size_t dot = text.find('.'); dot < text.size()) {
+            exponent_ -= static_cast<long>(text.size() - dot - 1);
+            text.erase(dot, 1);
+        }
+        units_.set_str(text, 10);
     }
-    Decimal(const Decimal &other) : exponent_(other.exponent_) {
-        mpz_init_set(units_, other.units_);
-    }
-    Decimal &operator=(const Decimal &other) {
-        mpz_set(units_, other.units_);
-        exponent_ = other.exponent_;
-        return *this;
-    }
-    ~Decimal() { mpz_clear(units_); }
 
     // The value of number bytes, finite and not zero.
-    static Decimal of(const std::vector<int> &bytes) {
+    static Decimal of(const Bytes &bytes) {
         const bool negative = bytes[1] < 128;
         const size_t pairs = bytes.size() - 2 - (bytes.back() == 102);
-        std::string digits = negative ? "-" : "";
+        mpz_class units;
         for (size_t i = 0; i < pairs; ++i) {
-            const int pair = negative ? 101 - bytes[2 + i] : bytes[2 + i] - 1;
-            digits += static_cast<char>('0' + pair / 10);
-            digits += static_cast<char>('0' + pair % 10);
+            units = 100 * units + (negative ? 101 - bytes[2 + i] : bytes[2 + i] - 1);
         }
         const int first = negative ? 62 - bytes[1] : bytes[1] - 193;
-        return Decimal(digits, 2 * (first - static_cast<long>(pairs) + 1));
+        return Decimal(negative ? mpz_class(-units) : units,
+                       2 * (first - static_cast<long>(pairs) + 1));
     }
 
-    mpz_ptr units() { return units_; }
-    mpz_srcptr units() const { return units_; }
+    int sign() const { return sgn(units_); }
     long exponent() const { return exponent_; }
-    int sign() const { return mpz_sgn(units_); }
+    Decimal negated() const { return Decimal(mpz_class(-units_), exponent_); }
+    Decimal magnitude() const { return Decimal(mpz_class(abs(units_)), exponent_); }
 
     // The value times 10^places.
-    Decimal shifted(long places) const {
-        Decimal result = *this;
-        result.exponent_ += places;
-        return result;
-    }
-
-    // The same value in units of 10^exponent, which divides its own unit.
-    Decimal to_unit(long exponent) const {
-        Decimal result = power_of_ten(exponent_ - exponent);
-        mpz_mul(result.units_, result.units_, units_);
-        result.exponent_ = exponent;
-        return result;
-    }
+    Decimal shifted(long places) const { return Decimal(units_, exponent_ + places); }
 
     Decimal plus(long integer) const {
-        Decimal result = to_unit(std::min(exponent_, 0L)), term = power_of_ten(-result.exponent_);
-        mpz_mul_si(term.units_, term.units_, integer);
-        mpz_add(result.units_, result.units_, term.units_);
-        return result;
+        const long unit = std::min(exponent_, 0L);
+        return Decimal(in_units_of(unit) + integer * power_of_ten(-unit), unit);
+    }
+
+    // Of the quotient that is an integer cut off.
+    Decimal remainder(const Decimal &divisor) const {
+        const long unit = std::min(exponent_, divisor.exponent_);
+        return Decimal(mpz_class(in_units_of(unit) % divisor.in_units_of(unit)), unit);
     }
 
     // Rounds half away from zero to a multiple of 10^place.
     Decimal rounded(long place) const {
         if (place <= exponent_) return *this;
-        Decimal half = power_of_ten(place - exponent_), result = *this;
-        mpz_tdiv_q_ui(half.units_, half.units_, 2);
-        (sign() < 0 ? mpz_sub : mpz_add)(result.units_, result.units_, half.units_);
-        return result.truncated(place);
+        const mpz_class half = power_of_ten(place - exponent_) / 2;
+        return Decimal(mpz_class(units_ + sign() * half), exponent_).truncated(place);
     }
 
     // Drops what lies below 10^place.
     Decimal truncated(long place) const {
         if (place <= exponent_) return *this;
-        Decimal result = *this;
-        mpz_tdiv_q(result.units_, units_, power_of_ten(place - exponent_).units_);
-        result.exponent_ = place;
-        return result;
+        return Decimal(mpz_class(units_ / power_of_ten(place - exponent_)), place);
     }
 
     // All digits of the magnitude, without leading zeros; "0" for zero.
-    std::string digits() const {
-        std::string result(mpz_sizeinbase(units_, 10) + 2, '\0');
-        mpz_get_str(result.data(), 10, units_);
-        return result.c_str() + (sign() < 0);
-    }
+    std::string digits() const { return mpz_class(abs(units_)).get_str(); }
+
+    // The first digit stands at 10^top().
+    long top() const { return static_cast<long>(digits().size()) + exponent_ - 1; }
 
     // Canonical text: no exponent, no zeros at either end, "0" before the point.
     std::string plain() const {
@@ -107,27 +94,24 @@ public:
     }
 
     // The first digit pair's weight is 100^first_pair().
-    long first_pair() const {
-        const long top = static_cast<long>(digits().size()) + exponent_ - 1;
-        return top >= 0 ? top / 2 : -((1 - top) / 2);
-    }
+    long first_pair() const { return top() >= 0 ? top() / 2 : -((1 - top()) / 2); }
 
-    // Number bytes in normal form, rounded half away from zero to 20 digit
-    // bytes; empty for 10^126 and more, zero below 10^-128.
-    std::vector<int> bytes() const {
+    // Number bytes in normal form, rounded half away from zero to 20 digit bytes: an
+    // infinity from 10^126 on, zero below 10^-128.
+    Bytes bytes() const {
         if (sign() == 0) return {1, 128};
+        const bool negative = sign() < 0;
         const Decimal kept = rounded(2 * (first_pair() - 19));
         const long e = kept.first_pair();
-        if (e > 62) return {};
+        if (e > 62) return negative ? Bytes{1, 0} : Bytes{2, 255, 101};
         if (e < -64) return {1, 128};
-        const Decimal aligned = kept.to_unit(kept.exponent_ - (kept.exponent_ & 1));
-        std::string d = aligned.digits();
+        std::string d = kept.digits();
+        if (kept.exponent_ % 2 != 0) d += '0';
         if (d.size() % 2 != 0) d.insert(0, 1, '0');
-        const bool negative = sign() < 0;
-        std::vector<int> out = {0, static_cast<int>(negative ? 62 - e : 193 + e)};
-        while (d.size() >= 2 && d.compare(d.size() - 2, 2, "00") == 0) d.resize(d.size() - 2);
+        while (d.ends_with("00")) d.resize(d.size() - 2);
+        Bytes out = {0, static_cast<int>(negative ? 62 - e : 193 + e)};
         for (size_t i = 0; i < d.size(); i += 2) {
-            const int pair = (d[i] - '0') * 10 + d[i + 1] - '0';
+            const int pair = std::stoi(d.substr(i, 2));
             out.push_back(negative ? 101 - pair : pair + 1);
         }
         if (negative && out.size() < 22) out.push_back(102);
@@ -136,12 +120,18 @@ public:
     }
 
 private:
-    static Decimal power_of_ten(long places) {
-        Decimal result;
-        mpz_ui_pow_ui(result.units_, 10, static_cast<unsigned long>(places));
+    static mpz_class power_of_ten(long places) {
+        mpz_class result;
+        mpz_ui_pow_ui(result.get_mpz_t(), 10, static_cast<unsigned long>(places));
         return result;
     }
+    // The value in units of 10^unit, which divides its own unit.
+    mpz_class in_units_of(long unit) const { return units_ * power_of_ten(exponent_ - unit); }
 
-    mpz_t units_;
-    long exponent_ = 0;
+    mpz_class units_;
+    long exponent_;
 };
+
+inline bool is_infinite(const Bytes &bytes) {
+    return bytes == Bytes{1, 0} || bytes == Bytes{2, 255, 101};
+}

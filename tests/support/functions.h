@@ -66,3 +66,12 @@ inline const Function &function(const std::string &name) {
     }
     std::abort();
 }
+
+// What a function makes of a number or two: the bytes of the result, none where it refuses them.
+inline Bytes result_of(const Function &f, OCINumber a, OCINumber b, sword count) {
+    ErrorHandle err;
+    OCINumber result = number({});
+    const sword status = f.call(err, &a, &b, count, &result);
+    take_log();
+    return status == OCI_SUCCESS ? value_bytes(f.result == 0 ? a : result) : Bytes{};
+}

@@ -13,14 +13,14 @@
 #include <vector>
 
 #include "oci_handle.h"
-#include "oci_utils/oci_utils.h"
 #include "support/data.h"
+#include "support/exact.h"
 #include "support/services.h"
 
 inline constexpr ub1 unused = 0xEE;  // bytes of a record that nobody wrote
 
 // A record from its first bytes; the others hold `unused`.
-inline OCINumber number(const std::vector<int> &bytes) {
+inline OCINumber number(const Bytes &bytes) {
     OCINumber n;
     std::memset(&n, unused, sizeof n);
     std::copy(bytes.begin(), bytes.end(), n.OCINumberPart);
@@ -37,20 +37,16 @@ inline void PrintTo(const OCINumber &n, std::ostream *out) {
 }
 
 // The value of a decimal text, or an infinity.
+inline Bytes bytes_of(const std::string &s) {
+    return s == "inf" ? Bytes{2, 255, 101} : s == "-inf" ? Bytes{1, 0} : Decimal(s).bytes();
+}
+// Or of number bytes: "bytes:" and hex.
 inline OCINumber from_text(const std::string &s) {
-    OCINumber n = number({});
-    std::string copy = s;
-    if (s == "inf") return number({2, 255, 101});
-    if (s == "-inf") return number({1, 0});
-    EXPECT_EQ(
-        getNumberFromStr(&n, reinterpret_cast<ub1 *>(copy.data()), static_cast<ub4>(copy.size())),
-        OCI_SUCCESS)
-        << s;
-    return n;
+    return s.starts_with("bytes:") ? hex(s.substr(6)) : number(bytes_of(s));
 }
 
 // Only the value: the bytes that the length byte counts.
-inline std::vector<int> value_bytes(const OCINumber &n) {
+inline Bytes value_bytes(const OCINumber &n) {
     return {n.OCINumberPart, n.OCINumberPart + std::min<int>(n.OCINumberPart[0], 21) + 1};
 }
 
@@ -95,28 +91,6 @@ inline std::string error_line(const std::string &message) {
 }
 inline std::string returned(const std::string &name, int status) {
     return text("D function %s return with status %d", name.c_str(), status);
-}
-
-// One call and all that may be seen of it.
-struct Call {
-    const char *name;
-    std::function<sword(OCIError *)> run;
-    sword status;
-    int code;
-    std::string message;
-    std::vector<std::string> log;
-    bool null_handle = false;
-};
-
-inline void check_call(const Call &call) {
-    SCOPED_TRACE(call.name);
-    ErrorHandle err;
-    take_log();
-    EXPECT_EQ(call.run(call.null_handle ? nullptr : err.get()), call.status);
-    EXPECT_EQ(take_log(), call.log);
-    EXPECT_EQ(err.code(), call.code);
-    EXPECT_EQ(err.message(), call.message);
-    EXPECT_TRUE(err.other_fields_untouched());
 }
 
 // Random engine with a fixed seed, or that of TEST_SEED; the seed shows on failure.

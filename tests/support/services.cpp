@@ -31,12 +31,15 @@ std::string print_text(const char *fmt, ...) {
 
 std::vector<std::string> take_log() { return std::exchange(log_lines, {}); }
 
-std::string take_masked_log() { return masked(take_log()); }
-
-std::string masked(const std::vector<std::string> &lines) {
+std::string take_masked_log() {
     std::string all;
-    for (const std::string &line : lines) all += line + "\n";
-    return std::regex_replace(all, std::regex("0x[0-9a-f]+|thread [0-9]+"), "P");
+    for (const std::string &line : take_log()) all += line + "\n";
+    return masked(all);
+}
+
+std::string masked(const std::string &s) {
+    static const std::regex address("0x[0-9a-f]+|thread [0-9]+");
+    return std::regex_replace(s, address, "P");
 }
 
 extern "C" void qzoci_log_inner(log_level level, const char *file, const long line, const char *fmt,
@@ -45,16 +48,12 @@ extern "C" void qzoci_log_inner(log_level level, const char *file, const long li
     EXPECT_GT(line, 0);
     va_list args;
     va_start(args, fmt);
-    const std::string mark = level == LOG_LEVEL_DEBUG   ? "D"
-                             : level == LOG_LEVEL_ERROR ? "E"
-                                                        : std::to_string(level);
-    log_lines.push_back(mark + " " + format(fmt, args));
+    log_lines.push_back(std::string(1, " TDIWEFS"[level]) + " " + format(fmt, args));
     va_end(args);
 }
 
 extern "C" void *qzci_malloc(size_t size, const char *tag) {
-    ++heap.calls;
-    heap.tags.push_back(text("%s:%zu", tag, size));
+    log_lines.push_back(text("T malloc %zu for %s", size, tag));
     if (heap.fail) return nullptr;
     ++heap.live;
     return std::malloc(size);

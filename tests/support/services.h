@@ -6,12 +6,12 @@
 #include <type_traits>
 #include <vector>
 
-// Lines of the log since the last call: "D " or "E " (or the level's number)
-// and the text. Places are checked on the way: a file name and a line.
+// Lines of the log since the last call: the first letter of the level and the text.
+// Places are checked on the way: a file name and a line.
 std::vector<std::string> take_log();
 
-// Lines as one text, with P for every address and thread number; and the log so.
-std::string masked(const std::vector<std::string> &lines);
+// A text with P for every address and thread number; and the log as such a text.
+std::string masked(const std::string &s);
 std::string take_masked_log();
 
 std::string print_text(const char *fmt, ...);
@@ -32,9 +32,7 @@ std::string text(const char *fmt, const Arguments &...arguments) {
 }
 
 struct Heap {
-    int live = 0;                   // blocks that were not freed
-    int calls = 0;                  // allocations
-    bool fail = false;              // the next allocations return null
-    std::vector<std::string> tags;  // of every call, with the size: "tag:size"
+    int live = 0;       // blocks that were not freed
+    bool fail = false;  // the next allocations return null
 };
 extern Heap heap;

@@ -6,8 +6,14 @@
 #include "support/exact.h"
 #include "support/numbers.h"
 
+using Random = std::mt19937_64;
+
+inline int between(Random &random, int low, int high) {
+    return std::uniform_int_distribution<int>(low, high)(random);
+}
+
 // Digits with runs of 0 and 9 and of halves, where carries and ties live.
-inline std::string random_digits(std::mt19937_64 &random, size_t length) {
+inline std::string random_digits(Random &random, size_t length) {
     std::string digits;
     while (digits.size() < length) {
         const char favourite = "0099455"[random() % 7];
@@ -19,22 +25,24 @@ inline std::string random_digits(std::mt19937_64 &random, size_t length) {
     return digits;
 }
 
-// At most 20 digit bytes, within the range; exponents mostly moderate.
-inline Decimal random_value(std::mt19937_64 &random) {
-    for (;;) {
-        const std::string digits = random_digits(random, 1 + random() % 40);
-        const long wide = static_cast<long>(random() % 254) - 167;
-        const long near = -static_cast<long>(random() % 45);
-        const Decimal value((random() % 2 ? "-" : "") + digits, random() % 4 ? near : wide);
-        const auto bytes = value.bytes();
-        if (bytes.empty() || bytes[0] == 1) continue;
-        return Decimal::of(bytes);  // 40 digits in 21 pairs are rounded
-    }
+// The number next to a value; zero where there is none.
+inline Decimal nearest_number(const Decimal &value) {
+    const Bytes bytes = value.bytes();
+    return bytes[0] == 1 || is_infinite(bytes) ? Decimal("0", 0) : Decimal::of(bytes);
 }
 
-// The bytes that the library gives a result: an infinity beyond the range.
-inline std::vector<int> result_bytes(const Decimal &value) {
-    const auto bytes = value.bytes();
-    if (!bytes.empty()) return bytes;
-    return value.sign() < 0 ? std::vector<int>{1, 0} : std::vector<int>{2, 255, 101};
+// A number of either sign with `count` digits, at most 40, the first at 10^top.
+inline Decimal random_value(Random &random, int count, int top) {
+    const std::string digits = random_digits(random, static_cast<size_t>(count));
+    const Decimal value =
+        nearest_number(Decimal((random() % 2 ? "-" : "") + digits, top - count + 1));
+    return value.sign() == 0 ? random_value(random, count, top / 2) : value;
+}
+
+// Of any length and exponent; exponents mostly moderate.
+inline Decimal random_value(Random &random) {
+    const int count = between(random, 1, 40);
+    return random_value(
+        random, count,
+        random() % 4 ? count - between(random, 0, 44) - 1 : between(random, -128, 125));
 }
