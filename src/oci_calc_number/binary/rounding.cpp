@@ -66,7 +66,7 @@ bool out_of_range(QZCICalcNumber &result, int exp, bool negative) {
     return true;
 }
 
-// The value (top . pair1 pair2 last) * 10^(8 pos): a group, two words and a group.
+// The value (top . pair1 pair2 last) * 10^(8 pos): a group that is not 0, two words and a group.
 void set_groups(QZCICalcNumber &n, bool negative, int pos, ub4 top, u64 pair1, u64 pair2,
                 u64 last) {
     using namespace digit_words;
@@ -75,7 +75,8 @@ void set_groups(QZCICalcNumber &n, bool negative, int pos, ub4 top, u64 pair1, u
         split_groups({u64{top} << 32 | groups1 >> 32, groups1 << 32 | groups2 >> 32});
     const TwoWords back = split_groups({0, groups2 << 32 | last});
     const Digits d = {{front.high, front.low, back.low}};
-    set_normalized(n, negative, 4 * pos + 3, d);
+    const int first = digits_in(top);
+    set_digits(n, negative, 4 * pos + first - 1, moved_forward(d, static_cast<unsigned>(4 - first)));
 }
 
 }  // namespace
