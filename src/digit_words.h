@@ -148,6 +148,23 @@ inline void write_digits(OCINumber &n, bool negative, const Digits &d) {
     std::memcpy(bytes + 16, &last, sizeof last);
 }
 
+// Writes the first `count` digit bytes, and leaves what stands behind them.
+inline void write_first_digits(OCINumber &n, bool negative, const Digits &d, unsigned count) {
+    ub1 *const bytes = n.OCINumberPart + 2;
+    const Coding &encode = encodings[negative];
+    const Digits &keep = first_digits(count);
+    const auto blend = [&](ub8 digits, ub8 former, ub8 mask) {
+        return ((encode(digits) ^ former) & mask) ^ former;
+    };
+    store(bytes, blend(d.word[0], load(bytes), keep.word[0]));
+    store(bytes + 8, blend(d.word[1], load(bytes + 8), keep.word[1]));
+    if (count <= 2 * digits_per_word) return;
+    // The last four bytes by the word that ends with them, and begins with digits written above.
+    const ub8 former = load(bytes + 12);
+    store(bytes + 12, blend(d.word[1] << 32 | d.word[2] >> 32, former,
+                            keep.word[1] << 32 | keep.word[2] >> 32));
+}
+
 // ---- Sums -----------------------------------------------------------------
 
 // After an addition of 156 too much in every byte, or a subtraction: where no carry left
@@ -287,6 +304,42 @@ inline Joined join(const Digits &d) {
 inline Digits split(const Joined &j) {
     const TwoWords front = split_groups({grouped(j.word[0]), grouped(j.word[1])});
     return {{front.high, front.low, split_groups({0, grouped(j.word[2])}).low}};
+}
+
+// ---- Characters ------------------------------------------------------------
+
+// Writes a word's digits as 16 characters.
+inline void write_characters(char *out, ub8 word) {
+#if defined(__SSE2__)
+    const __m128i bytes = _mm_cvtsi64_si128(static_cast<long long>(big_endian(word)));
+    const __m128i digits = _mm_unpacklo_epi8(bytes, _mm_setzero_si128());
+    // v / 10 is v * 6554 >> 16 for v below 100; the tens come first.
+    const __m128i tens = _mm_mulhi_epu16(digits, _mm_set1_epi16(6554));
+    const __m128i ones = _mm_sub_epi16(digits, _mm_mullo_epi16(tens, _mm_set1_epi16(10)));
+    const __m128i characters = _mm_or_si128(tens, _mm_slli_epi16(ones, 8));
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(out),
+                     _mm_add_epi8(characters, _mm_set1_epi8('0')));
+#else
+    for (int shift = 56; shift >= 0; shift -= 8) {
+        const unsigned digit = word >> shift & 0xff;
+        *out++ = static_cast<char>('0' + digit / 10);
+        *out++ = static_cast<char>('0' + digit % 10);
+    }
+#endif
+}
+
+// Copies `count` characters, at most 48, faster than a call would.
+inline void copy_characters(char *to, const char *from, unsigned count) {
+    if (count >= 16) {
+        std::memcpy(to, from, 16);
+        if (count > 32) std::memcpy(to + 16, from + 16, 16);
+        std::memcpy(to + count - 16, from + count - 16, 16);
+    } else if (count >= 8) {
+        std::memcpy(to, from, 8);
+        std::memcpy(to + count - 8, from + count - 8, 8);
+    } else {
+        for (unsigned i = 0; i < count; ++i) to[i] = from[i];
+    }
 }
 
 }  // namespace digit_words

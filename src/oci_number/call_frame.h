@@ -115,7 +115,7 @@ sword OCINumberProcessFormat(const OraText **fmt_raw, ub4 *fmt_raw_length, ub4 *
 
 // What OCINumberToText lays out: the number's text over a model's body, in a buffer of
 // `result_size`. Body position k lands at result position k + 1; result position 0 is left
-// for the sign.
+// for the sign. Without a body (`has_tm`) the number's text is the result as it stands.
 inline constexpr sb8 result_size = 128;
 struct Layout {
     const OraText *number_str;
@@ -127,10 +127,6 @@ struct Layout {
     boolean has_tm;
 };
 sword OCINumberLayOut(OCIError *err, const Layout &l, sb8 &result_len);
-
-// OCINumberFromInt behind its checks, with room for the integer's text and its terminator.
-sword OCINumberFromIntChecked(OCIError *err, const void *inum, uword inum_length, bool is_unsigned,
-                              OCINumber *number, char *text, size_t text_size);
 
 // Error 22061: the format model, quoted; nothing in the log. Returns OCI_ERROR.
 sword OCINumberError22061(OCIError *errhp, const OraText *fmt, ub4 fmt_length);

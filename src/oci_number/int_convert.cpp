@@ -1,13 +1,15 @@
 // Conversions to and from native integers.
-#include <charconv>
 #include <cstring>
 #include <limits>
 
 #include "oci_number/call_frame.h"
 #include "oci_utils/oci_utils.h"
+#include "oci_utils/plain_number.h"
 
 using namespace number_bytes;
 using namespace oci_number;
+using digit_words::Digits;
+using digit_words::word_base;
 
 namespace {
 
@@ -24,26 +26,41 @@ sword OCINumberOverflow(OCIError *err) {
     return OCINumberSetError(err, 22053, "%s-22053: overflow error", qzci_oci_prefix());
 }
 
-// A parsed integer: its bits, and whether they are a magnitude above the
-// largest signed 8-byte integer.
-struct Parsed {
-    long long value;
-    bool above_signed;
+// An integer by its magnitude.
+struct Integer {
+    bool negative;
+    ub8 magnitude;
 };
 
-template <class Integer>
-sword OCINumberStoreInteger(OCIError *err, Parsed parsed, uword rsl_length, void *rsl) {
-    using limits = std::numeric_limits<Integer>;
+// The integer part of a number. False outside -9223372036854775808 .. 18446744073709551615.
+bool OCINumberIntegerPart(const plain_number::PlainNumber &p, Integer &integer) {
+    constexpr int max_digits_of_integer = 10;
+    integer = {p.negative, 0};
+    if (p.count == 0 || p.exponent < 0) return true;
+    if (p.exponent >= max_digits_of_integer) return false;
+    // The digits down to the units, moved to the end of two words.
+    constexpr int units = 2 * int{digit_words::digits_per_word} - 1;
+    const auto joined = join(moved_back(p.digits, static_cast<unsigned>(units - p.exponent)));
+    const ub8 high = joined.word[0];  // at most four digits
+    return !__builtin_mul_overflow(high, word_base, &integer.magnitude) &&
+           !__builtin_add_overflow(integer.magnitude, joined.word[1], &integer.magnitude) &&
+           (!p.negative || integer.magnitude <= ub8{1} << 63);
+}
+
+template <class Native>
+sword OCINumberStoreInteger(OCIError *err, Integer integer, uword rsl_length, void *rsl) {
+    const ub8 bits = integer.negative ? ~integer.magnitude + 1 : integer.magnitude;
     // Only the unsigned 8-byte integer holds what lies above the signed range.
-    if (!std::is_same_v<Integer, ub8> &&
-        (parsed.above_signed || parsed.value < static_cast<long long>(limits::min()) ||
-         parsed.value > static_cast<long long>(limits::max()))) {
-        const long value = static_cast<long>(parsed.value);
+    const auto value = static_cast<sb8>(bits);
+    const bool above_signed = value < 0 && !integer.negative;
+    using limits = std::numeric_limits<Native>;
+    if (!std::is_same_v<Native, ub8> &&
+        (above_signed || value < sb8{limits::min()} || value > static_cast<sb8>(limits::max()))) {
         const int length = static_cast<int>(rsl_length);
         return OCI_NUMBER_INTERNAL_FAILURE(err, "the value is overflow, value:%ld, rsl_length:%d",
-                                           value, length);
+                                           static_cast<long>(value), length);
     }
-    const auto result = static_cast<Integer>(parsed.value);
+    const auto result = static_cast<Native>(bits);
     std::memcpy(rsl, &result, sizeof result);
     return OCI_SUCCESS;
 }
@@ -53,119 +70,115 @@ sword OCINumberToIntChecked(OCIError *err, const OCINumber *number, uword rsl_le
     if (is_negative_infinity(*number) || is_positive_infinity(*number)) {
         return OCINumberOverflow(err);
     }
-
-    OraText text[44] = {};
-    ub2 size = sizeof text;
-    if (const sword status = getStrFromNumber(number, text, &size)) {
+    // The integer is that of the number's decimal text in a buffer of this size, so what has no
+    // text, or a longer one, has no integer.
+    constexpr int text_size = 44;
+    plain_number::PlainNumber p;
+    if (!plain_number::read(*number, p) || shape_of(p).length() > text_size) {
         OCINumberSetError(err, 1458, "%s-01458: invalid length inside variable character string",
                           qzci_ora_prefix());
         QZOCI_LOG_ERROR("fail to get str from number");
-        return status;
+        return OCI_ERROR;
     }
     const bool is_unsigned = rsl_flag == OCI_NUMBER_UNSIGNED;
-    const bool negative = text[0] == '-';
-    if (is_unsigned && negative) {
+    if (is_unsigned && p.negative) {
         return OCI_NUMBER_INTERNAL_FAILURE(
             err, "number is negative, but rsl_flag is OCI_NUMBER_UNSIGNED");
     }
-
-    const char *const start = reinterpret_cast<char *>(text);
-    char *end = reinterpret_cast<char *>(text) + size;
-    int error = 0;
-    Parsed parsed;
-    parsed.value = my_strtoll10(start, &end, &error);
-    parsed.above_signed = parsed.value < 0 && !negative;
-    if (error == 33 || error == 34) {
-        if (error == 33) {
-            OCINumberSetError(err, 22054, "%s-22054: underflow error", qzci_oci_prefix());
-        } else {
-            OCINumberOverflow(err);
-        }
+    Integer integer;
+    if (!OCINumberIntegerPart(p, integer)) {
+        OCINumberOverflow(err);
         QZOCI_LOG_ERROR("fail to convert str to int");
         return OCI_ERROR;
     }
 
     switch (rsl_length) {
         case 1:
-            return is_unsigned ? OCINumberStoreInteger<ub1>(err, parsed, rsl_length, rsl)
-                               : OCINumberStoreInteger<sb1>(err, parsed, rsl_length, rsl);
+            return is_unsigned ? OCINumberStoreInteger<ub1>(err, integer, rsl_length, rsl)
+                               : OCINumberStoreInteger<sb1>(err, integer, rsl_length, rsl);
         case 2:
-            return is_unsigned ? OCINumberStoreInteger<ub2>(err, parsed, rsl_length, rsl)
-                               : OCINumberStoreInteger<sb2>(err, parsed, rsl_length, rsl);
+            return is_unsigned ? OCINumberStoreInteger<ub2>(err, integer, rsl_length, rsl)
+                               : OCINumberStoreInteger<sb2>(err, integer, rsl_length, rsl);
         case 4:
-            return is_unsigned ? OCINumberStoreInteger<ub4>(err, parsed, rsl_length, rsl)
-                               : OCINumberStoreInteger<sb4>(err, parsed, rsl_length, rsl);
+            return is_unsigned ? OCINumberStoreInteger<ub4>(err, integer, rsl_length, rsl)
+                               : OCINumberStoreInteger<sb4>(err, integer, rsl_length, rsl);
         case 8:
-            return is_unsigned ? OCINumberStoreInteger<ub8>(err, parsed, rsl_length, rsl)
-                               : OCINumberStoreInteger<sb8>(err, parsed, rsl_length, rsl);
+            return is_unsigned ? OCINumberStoreInteger<ub8>(err, integer, rsl_length, rsl)
+                               : OCINumberStoreInteger<sb8>(err, integer, rsl_length, rsl);
         default: return OCINumberBadIntegerLength(err, rsl_length);
     }
 }
 
-// Longest integers: "-9223372036854775808" and "18446744073709551615".
-constexpr size_t integer_text_size = 22;
-
-template <class Integer>
-std::to_chars_result OCINumberPrintInteger(char *text, char *end, const void *inum) {
-    Integer value;
+template <class Native>
+Integer OCINumberLoadInteger(const void *inum) {
+    Native value;
     std::memcpy(&value, inum, sizeof value);
-    return std::to_chars(text, end, value);
+    const auto bits = static_cast<ub8>(value);  // sign-extended
+    const bool negative = std::is_signed_v<Native> && bits >> 63 != 0;
+    return {negative, negative ? ~bits + 1 : bits};
 }
 
-// Builds the number from its decimal text, an exact integer without leading
-// zeros; zero digit pairs at the end are kept.
-void OCINumberFromDigits(const char *text, const char *end, OCINumber &number) {
-    const bool negative = *text == '-';
-    const char *p = text + negative;
-    if (*p == '0') {
-        set_zero(number);
-        return;
+// The decimal text of an integer with its digits at the end of two words, `count` of them from
+// the first that is not zero.
+class IntegerText {
+public:
+    IntegerText(bool negative, const Digits &digits, unsigned count) {
+        digit_words::write_characters(characters_, digits.word[0]);
+        digit_words::write_characters(characters_ + 16, digits.word[1]);
+        characters_[places] = '\0';
+        start_ = places - 2 * count;
+        if (characters_[start_] == '0') ++start_;
+        if (negative) characters_[--start_] = '-';
     }
-    ub1 *out = number.OCINumberPart + 2;
-    if ((end - p) % 2 != 0) *out++ = encode_digit(negative, static_cast<unsigned>(*p++ - '0'));
-    for (; p != end; p += 2) {
-        *out++ = encode_digit(negative, static_cast<unsigned>((p[0] - '0') * 10 + (p[1] - '0')));
-    }
-    const int count = static_cast<int>(out - number.OCINumberPart) - 2;
-    set_frame(number, negative, count - 1, static_cast<unsigned>(count));
-}
+    const char *text() const { return characters_ + start_; }
+    unsigned length() const { return places - start_; }
 
-}  // namespace
+private:
+    static constexpr unsigned places = 4 * digit_words::digits_per_word;
+    char characters_[places + 1];
+    unsigned start_;
+};
 
-sword oci_number::OCINumberFromIntChecked(OCIError *err, const void *inum, uword inum_length,
-                                          bool is_unsigned, OCINumber *number, char *text,
-                                          size_t text_size) {
-    char *const end = text + text_size - 1;
-    std::to_chars_result printed;
+sword OCINumberFromIntChecked(OCIError *err, const void *inum, uword inum_length, bool is_unsigned,
+                              OCINumber *number) {
+    Integer integer;
     switch (inum_length) {
         case 1:
-            printed = is_unsigned ? OCINumberPrintInteger<ub1>(text, end, inum)
-                                  : OCINumberPrintInteger<sb1>(text, end, inum);
+            integer =
+                is_unsigned ? OCINumberLoadInteger<ub1>(inum) : OCINumberLoadInteger<sb1>(inum);
             break;
         case 2:
-            printed = is_unsigned ? OCINumberPrintInteger<ub2>(text, end, inum)
-                                  : OCINumberPrintInteger<sb2>(text, end, inum);
+            integer =
+                is_unsigned ? OCINumberLoadInteger<ub2>(inum) : OCINumberLoadInteger<sb2>(inum);
             break;
         case 4:
-            printed = is_unsigned ? OCINumberPrintInteger<ub4>(text, end, inum)
-                                  : OCINumberPrintInteger<sb4>(text, end, inum);
+            integer =
+                is_unsigned ? OCINumberLoadInteger<ub4>(inum) : OCINumberLoadInteger<sb4>(inum);
             break;
         case 8:
-            printed = is_unsigned ? OCINumberPrintInteger<ub8>(text, end, inum)
-                                  : OCINumberPrintInteger<sb8>(text, end, inum);
+            integer =
+                is_unsigned ? OCINumberLoadInteger<ub8>(inum) : OCINumberLoadInteger<sb8>(inum);
             break;
         default: return OCINumberBadIntegerLength(err, inum_length);
     }
-    // No integer's text is longer than 20 characters; a wider one would end here.
-    if (printed.ec != std::errc()) {
-        return OCI_NUMBER_INTERNAL_FAILURE(err, "buffer is too small in OCINumberFromInt");
+    const auto [negative, magnitude] = integer;
+    const Digits digits = digit_words::split({{magnitude / word_base, magnitude % word_base, 0}});
+    constexpr unsigned places = 2 * digit_words::digits_per_word;
+    const unsigned count = magnitude == 0 ? 1 : places - leading_zeros(digits);
+    const IntegerText shown(negative, digits, count);
+    QZOCI_LOG_DEBUG("OCINumberFromInt get int to str: %s buffer_size: %lu", shown.text(),
+                    static_cast<unsigned long>(shown.length()));
+    if (magnitude == 0) {
+        set_zero(*number);
+        return OCI_SUCCESS;
     }
-    *printed.ptr = '\0';
-    QZOCI_LOG_DEBUG("OCINumberFromInt get int to str: %s buffer_size: %lu", text,
-                    static_cast<unsigned long>(printed.ptr - text));
-    OCINumberFromDigits(text, printed.ptr, *number);
+    // Zero digits at the end are kept.
+    write_first_digits(*number, negative, moved_forward(digits, places - count), count);
+    set_frame(*number, negative, static_cast<int>(count) - 1, count);
     return OCI_SUCCESS;
 }
+
+}  // namespace
 
 extern "C" sword OCINumberToInt(OCIError *err, const OCINumber *number, uword rsl_length,
                                 uword rsl_flag, void *rsl) {
@@ -208,9 +221,8 @@ extern "C" sword OCINumberFromInt(OCIError *err, const void *inum, uword inum_le
     } else if (number == nullptr) {
         status = OCINumberError21560(err, 5);
     } else {
-        char text[integer_text_size];
         status = OCINumberFromIntChecked(err, inum, inum_length, inum_s_flag == OCI_NUMBER_UNSIGNED,
-                                         number, text, sizeof text);
+                                         number);
     }
     return OCI_NUMBER_RETURN("OCINumberFromInt", status);
 }

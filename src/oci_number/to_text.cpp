@@ -96,7 +96,6 @@ sword oci_number::OCINumberLayOut(OCIError *err, const Layout &l, sb8 &result_le
                             result_size);
             return OCI_ERROR;
         }
-        std::memcpy(l.result_buf, l.number_str, static_cast<size_t>(l.number_len));
         result_len = l.number_len;
         return OCI_SUCCESS;
     }
@@ -180,7 +179,7 @@ sword OCINumberToTextChecked(OCIError *err, const OCINumber *number, const OraTe
         return OCINumberError22061(err, fmt, fmt_length);
     }
 
-    OraText number_buf[number_text_size] = {};
+    OraText number_buf[number_text_size];
     OraText *number_str = number_buf;
     sb8 number_str_len = sizeof number_buf;
     if (const sword status =
@@ -191,8 +190,9 @@ sword OCINumberToTextChecked(OCIError *err, const OCINumber *number, const OraTe
         return status;
     }
 
-    // Zero-filled, as fill mode's log line shows places that may not be laid.
-    OraText number_format_buf[result_size] = {};
+    OraText number_format_buf[result_size];
+    // Fill mode's log line shows places that may not be laid.
+    if (has_fm) std::memset(number_format_buf, 0, sizeof number_format_buf);
     sb8 number_format_str_len = 0;
     const Layout layout{number_str,        number_str_len, fmt_raw, sb8{fmt_raw_length},
                         number_format_buf, has_fm,         has_tm};
@@ -203,7 +203,8 @@ sword OCINumberToTextChecked(OCIError *err, const OCINumber *number, const OraTe
                         value.length, value.text, format.length, format.text, has_fm);
         return status;
     }
-    return OCINumberCopyOut(err, number_format_buf, number_format_str_len, buf_size, buf);
+    return OCINumberCopyOut(err, has_tm ? number_str : number_format_buf, number_format_str_len,
+                            buf_size, buf);
 }
 
 }  // namespace

@@ -2,109 +2,70 @@
 #include <algorithm>
 #include <cstring>
 
-#include "number_bytes.h"
 #include "oci_utils/oci_utils.h"
+#include "oci_utils/plain_number.h"
 
 using namespace number_bytes;
 
 namespace {
 
-// "00" to "99".
-struct PairTable {
-    char text[200];
-};
-constexpr PairTable digit_pairs = [] {
-    PairTable table{};
-    for (unsigned i = 0; i < 100; ++i) {
-        table.text[2 * i] = static_cast<char>('0' + i / 10);
-        table.text[2 * i + 1] = static_cast<char>('0' + i % 10);
-    }
-    return table;
-}();
-
 constexpr unsigned max_decimals = 2 * max_digits;
 
-// Writes at the end of a text.
+// Writes a text's characters in turn, pairs of them for the digits in turn.
 class TextWriter {
 public:
-    explicit TextWriter(OraText *out) : out_(out) {}
-    void put(char c) { *out_++ = static_cast<OraText>(c); }
-    void put_pair(unsigned digit) {
-        std::memcpy(out_, digit_pairs.text + 2 * digit, 2);
-        out_ += 2;
+    TextWriter(OraText *out, const digit_words::Digits &digits) : out_(out) {
+        for (unsigned i = 0; i < 3; ++i) digit_words::store(digits_ + 8 * i, digits.word[i]);
     }
+    void put(char c) { *out_++ = static_cast<OraText>(c); }
     void put_zeros(int count) {
         if (count <= 0) return;
         std::memset(out_, '0', static_cast<size_t>(count));
         out_ += count;
     }
+    void put_digits(int count) {
+        for (; count > 0; --count, out_ += 2) {
+            std::memcpy(out_, plain_number::digit_pairs.text + 2 * digits_[next_++], 2);
+        }
+    }
+    void put_first_ones() { put(static_cast<char>('0' + digits_[next_++])); }
+    void put_last_tens() { put(static_cast<char>('0' + digits_[next_++] / 10)); }
 
 private:
     OraText *out_;
+    unsigned next_ = 0;
+    ub1 digits_[digit_words::window];
 };
-
-sword put_zero_value(OraText *buf, ub2 *size) {
-    if (*size < 1) return OCI_ERROR;
-    buf[0] = '0';
-    *size = 1;
-    return OCI_SUCCESS;
-}
 
 }  // namespace
 
 extern "C" sword getStrFromNumber(const OCINumber *number, OraText *buf, ub2 *size) {
-    if (!has_valid_length(*number)) return OCI_ERROR;
-    if (is_zero(*number)) return put_zero_value(buf, size);
-    // An infinity has no digit byte, or one out of range.
-    const int stored = static_cast<int>(digit_count(*number));
-    if (stored == 0) return OCI_ERROR;
-    const bool negative = is_negative(*number);
-    ub1 digits[max_digits];
-    for (unsigned i = 0; i < max_digits; ++i) {
-        digits[i] = decode_digit(negative, number->OCINumberPart[2 + i]);
-    }
-    bool out_of_range = false;
-    for (int i = 0; i < stored; ++i) out_of_range |= digits[i] > 99;
-    if (out_of_range) return OCI_ERROR;
-    // Zero digits at both ends are no part of the text, whatever form is stored.
-    int first = 0;
-    int end = stored;
-    while (end > 0 && digits[end - 1] == 0) --end;
-    if (end == 0) return put_zero_value(buf, size);
-    while (digits[first] == 0) ++first;
+    plain_number::PlainNumber p;
+    if (!plain_number::read(*number, p)) return OCI_ERROR;
+    const plain_number::Shape shape = shape_of(p);
+    if (shape.length() > *size) return OCI_ERROR;
 
-    // The point stands between two digits: behind this many of them, or before
-    // the first one with zeros behind it.
-    const int exponent = real_exponent(number->OCINumberPart[1]) - first;
-    const int count = end - first;
-    const int integer_digits = exponent + 1;
-    const bool short_first = integer_digits > 0 && digits[first] < 10;
-    const bool has_fraction = count > integer_digits;
-    const bool short_last = has_fraction && digits[end - 1] % 10 == 0;
-    const int integer_length = integer_digits > 0 ? 2 * integer_digits - short_first : 1;
-    const int fraction_length = has_fraction ? 1 + 2 * (count - integer_digits) - short_last : 0;
-    const int length = negative + integer_length + fraction_length;
-    if (length > *size) return OCI_ERROR;
-
-    TextWriter out(buf);
-    if (negative) out.put('-');
-    int i = first;
-    if (integer_digits > 0) {
-        if (short_first) out.put(static_cast<char>('0' + digits[i++]));
-        for (const int stop = std::min(end, first + integer_digits); i < stop; ++i) {
-            out.put_pair(digits[i]);
-        }
+    // The point stands between two digits, behind the last with zeros in between, or before the
+    // first one.
+    const int count = static_cast<int>(p.count), integer_digits = p.exponent + 1;
+    TextWriter out(buf, p.digits);
+    if (p.negative) out.put('-');
+    int integer_count = 0;
+    if (count > 0 && integer_digits > 0) {
+        integer_count = std::min(count, integer_digits);
+        if (shape.short_first) out.put_first_ones();
+        out.put_digits(integer_count - shape.short_first);
         out.put_zeros(2 * (integer_digits - count));
     } else {
         out.put('0');
     }
-    if (has_fraction) {
+    if (shape.fraction_length > 0) {
         out.put('.');
         out.put_zeros(-2 * integer_digits);
-        for (; i < end - short_last; ++i) out.put_pair(digits[i]);
-        if (short_last) out.put(static_cast<char>('0' + digits[i] / 10));
+        out.put_digits(count - integer_count - shape.short_last);
+        if (shape.short_last) out.put_last_tens();
     }
-    *size = static_cast<ub2>(length);
+    *size = static_cast<ub2>(shape.length());
     return OCI_SUCCESS;
 }
 

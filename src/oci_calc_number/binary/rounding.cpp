@@ -76,7 +76,8 @@ void set_groups(QZCICalcNumber &n, bool negative, int pos, ub4 top, u64 pair1, u
     const TwoWords back = split_groups({0, groups2 << 32 | last});
     const Digits d = {{front.high, front.low, back.low}};
     const int first = digits_in(top);
-    set_digits(n, negative, 4 * pos + first - 1, moved_forward(d, static_cast<unsigned>(4 - first)));
+    set_digits(n, negative, 4 * pos + first - 1,
+               moved_forward(d, static_cast<unsigned>(4 - first)));
 }
 
 }  // namespace

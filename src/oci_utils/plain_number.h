@@ -1,0 +1,77 @@
+// A finite number as its canonical decimal text shows it, before any character is written:
+// what the text's readers need of it is decided by the digits.
+#pragma once
+
+#include "digit_words.h"
+
+namespace plain_number {
+
+using digit_words::Digits;
+
+struct PlainNumber {
+    Digits digits;   // the first not zero, zeros behind the last
+    int exponent;    // power of 100 of the first digit
+    unsigned count;  // of digits up to the last that is not zero; 0 for zero
+    bool negative;   // never for zero
+};
+
+// False for what has no canonical text: an infinity, and bytes that hold no number, as a length
+// byte of 0 or above 21, no digit bytes or a digit byte out of range.
+inline bool read(const OCINumber &n, PlainNumber &p) {
+    using namespace number_bytes;
+    if (!has_valid_length(n)) return false;
+    const bool negative = is_negative(n);
+    const unsigned stored = digit_count(n);
+    Digits digits;
+    if (!read_digits(n, negative, stored, digits)) return false;
+    // Zero digits at both ends are no part of the value, whatever form is stored.
+    unsigned zeros = 0, count = stored;
+    if (digits.word[0] >> 56 == 0 || digit_at(digits, stored - 1) == 0) [[unlikely]] {
+        if (stored == 0 && !number_bytes::is_zero(n)) return false;
+        count = 0;
+        if (!is_zero(digits)) {
+            zeros = leading_zeros(digits);
+            digits = moved_forward(digits, zeros);
+            count = significant(digits);
+        }
+    }
+    p = {digits, real_exponent(n.OCINumberPart[1]) - static_cast<int>(zeros), count,
+         negative && count > 0};
+    return true;
+}
+
+// The parts of the text, in characters: sign, integer digits (one "0" when there are none), the
+// period with the fraction, which is 0 without one.
+struct Shape {
+    int integer_length;
+    int fraction_length;
+    bool negative;
+    bool short_first;  // the first integer digit shows one place only
+    bool short_last;   // the last fraction digit, too
+    int length() const { return negative + integer_length + fraction_length; }
+};
+inline Shape shape_of(const PlainNumber &p) {
+    if (p.count == 0) return {1, 0, false, false, false};
+    const int integer_digits = p.exponent + 1, count = static_cast<int>(p.count);
+    const bool short_first = integer_digits > 0 && digit_at(p.digits, 0) < 10;
+    const bool has_fraction = count > integer_digits;
+    const bool short_last = has_fraction && digit_at(p.digits, p.count - 1) % 10 == 0;
+    return {integer_digits > 0 ? 2 * integer_digits - short_first : 1,
+            has_fraction ? 1 + 2 * (count - integer_digits) - short_last : 0, p.negative,
+            short_first, short_last};
+}
+
+// "00" to "99".
+struct PairTable {
+    char text[200];
+};
+inline constexpr PairTable digit_pairs = [] {
+    PairTable table{};
+    for (unsigned i = 0; i < 100; ++i) {
+        table.text[2 * i] = static_cast<char>('0' + i / 10);
+        table.text[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return table;
+}();
+
+}  // namespace plain_number
