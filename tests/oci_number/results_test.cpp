@@ -42,10 +42,7 @@ TEST(Results, Table) {
             } else if (f.gives_number) {
                 EXPECT_EQ(value_bytes(*r), hex_bytes(*column));
                 EXPECT_EQ(err.code(), 0);
-                if (f.name != "Log") continue;
-                const bool base_one = operands[0] == hex("02C102");
-                EXPECT_EQ(log.size(), base_one ? 3u : 2u);
-                if (base_one) EXPECT_EQ(log[1], "D number is infinity , set result to infinity");
+                if (column + 1 != columns.end()) EXPECT_EQ(log.at(1), "D " + column[1]);
             } else {
                 int value;
                 std::memcpy(&value, r, sizeof value);

@@ -36,7 +36,6 @@ struct DataRow {
 // empty; "#" starts a comment.
 inline std::vector<DataRow> data_rows(const std::string &name) {
     std::ifstream in(OCI_NUMBER_TEST_DATA + name);
-    if (!in) std::abort();  // no table: no test
     std::vector<DataRow> rows;
     for (std::string line; std::getline(in, line);) {
         std::istringstream words(line);
@@ -46,5 +45,6 @@ inline std::vector<DataRow> data_rows(const std::string &name) {
         }
         if (!row.columns.empty()) rows.push_back(row);
     }
+    if (rows.empty()) std::abort();  // no table: no test
     return rows;
 }
