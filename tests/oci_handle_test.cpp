@@ -87,6 +87,24 @@ TEST(Handle, RefusedAllocations) {
     EXPECT_EQ(heap.live, live);
 }
 
+// The program's own memory comes with a size and a place for its address, and goes with the handle.
+TEST(Handle, UserMemory) {
+    OCIEnv *env = new_env();
+    OCIHandleFree(env, OCI_HTYPE_ENV);
+    const int live = heap.live;
+    for (const auto &[size, has_place] : {std::pair{8, true}, {8, false}, {0, true}}) {
+        void *memory = &heap;
+        EXPECT_EQ(OCIEnvCreate(&env, 0, nullptr, nullptr, nullptr, nullptr,
+                               static_cast<size_t>(size), has_place ? &memory : nullptr),
+                  OCI_SUCCESS);
+        const bool is_given = size > 0 && has_place;
+        EXPECT_EQ(memory != &heap, is_given);
+        EXPECT_EQ(heap.live, live + is_given);
+        EXPECT_EQ(OCIHandleFree(env, OCI_HTYPE_ENV), OCI_SUCCESS);
+        EXPECT_EQ(heap.live, live);
+    }
+}
+
 TEST(Handle, ErrorGet) {
     OCIEnv *env = new_env();
     OCIError *error = new_error(env);

@@ -112,15 +112,8 @@ class Conversions(unittest.TestCase):
 
     def test_random_values(self):
         texts = random_texts(500_000)
-        short = [text for text in texts if len(text.partition(".")[2]) <= 20]
-        # The padding zeros of the fractions do not count.
-        models = ("9" * 37 + "0." + "9" * 20, "9" * 38 + "." + "9" * 20)
-        for values, there, back in ((texts, ["encode"], ["decode"]),
-                                    (short, ["format", "-m", models[0]],
-                                     ["parse", "-m", models[1]])):
-            data = "".join(text + "\n" for text in values).encode()
-            self.assertTrue(self.convert(self.convert(data, *there), *back) == data,
-                            f"seed {SEED}")
+        data = "".join(text + "\n" for text in texts).encode()
+        self.assertTrue(self.convert(self.convert(data, "encode"), "decode") == data, SEED)
 
     def test_sample_file(self):
         encoded = self.convert(b"", "encode", "-f", os.path.join(SOURCE, "examples/amounts.txt"))

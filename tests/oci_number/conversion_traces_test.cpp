@@ -1,6 +1,4 @@
-// All that may be seen of calls of the conversions, by a table.
-#include <regex>
-
+// All that may be seen of calls of the conversions and constants, by a table.
 #include "support/values.h"
 
 namespace {
@@ -26,6 +24,10 @@ Outcome call(OCIError *err, const std::vector<std::string> &c) {
             status, std::string(reinterpret_cast<char *>(out), sizeof out) + std::to_string(size)};
     };
 
+    if (function.starts_with("Set")) {
+        (function == "SetPi" ? OCINumberSetPi : OCINumberSetZero)(err, result);
+        return finish(OCI_SUCCESS);
+    }
     if (function == "FromReal") {
         const float single = std::strtof(input.c_str(), nullptr);
         const double twice = std::strtod(input.c_str(), nullptr);
@@ -71,6 +73,7 @@ TEST(ConversionTraces, Calls) {
         SCOPED_TRACE(line);
         ErrorHandle err;
         take_log();
+        const int live = heap.live;
         heap.fail = c[4].find('m') != std::string::npos;
         const Outcome outcome = call(c[4].starts_with("h") ? err.get() : nullptr, c);
         heap.fail = false;
@@ -79,9 +82,9 @@ TEST(ConversionTraces, Calls) {
         EXPECT_EQ(take_masked_log(), log);
         EXPECT_EQ(std::to_string(outcome.status), c[5]);
         EXPECT_EQ(std::to_string(err.code()), c[6]);
-        EXPECT_EQ(masked(err.message()), std::regex_replace(c[7], std::regex("\\|"), "\n"));
+        EXPECT_EQ(masked(err.message()), ended(c[7]));
         EXPECT_TRUE(err.other_fields_untouched());
-        EXPECT_EQ(heap.live, 0);
+        EXPECT_EQ(heap.live, live);
         const std::string untouched(2 * sizeof(OCINumber), static_cast<char>(unused));
         if (c[5] != "0" && c[1].find(',') == std::string::npos)
             EXPECT_EQ(outcome.output, untouched + c[3]);

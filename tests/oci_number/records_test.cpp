@@ -12,16 +12,6 @@ const struct {
     const char *name;
     Function::Call call;
 } others[] = {
-    {"ToInt",
-     [](auto e, auto n, auto, auto, auto) {
-         sb8 value;
-         return OCINumberToInt(e, n, 8, OCI_NUMBER_SIGNED, &value);
-     }},
-    {"ToReal",
-     [](auto e, auto n, auto, auto, auto) {
-         long double value;
-         return OCINumberToReal(e, n, sizeof value, &value);
-     }},
     {"ToText",
      [](auto e, auto n, auto, auto, auto) {
          OraText text[128];

@@ -1,6 +1,7 @@
 // Tables of tests/data.
 #pragma once
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iomanip>
@@ -25,6 +26,12 @@ inline std::vector<int> hex_bytes(const std::string &hex) {
     std::vector<int> bytes;
     for (size_t i = 0; i < hex.size(); i += 2) bytes.push_back(std::stoi(hex.substr(i, 2), {}, 16));
     return bytes;
+}
+
+// "|" is the end of a line.
+inline std::string ended(std::string s) {
+    std::replace(s.begin(), s.end(), '|', '\n');
+    return s;
 }
 
 struct DataRow {
