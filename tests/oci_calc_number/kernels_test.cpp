@@ -3,10 +3,9 @@
 // random search finds hard enough to get there.
 #include "oci_calc_number/elementary/kernels.h"
 
-#include <mpfr.h>
-
 #include "oci_calc_number/binary/rounding.h"
 #include "oracle.h"
+#include "support/mpfr_value.h"
 #include "support/values.h"
 
 namespace {
@@ -17,12 +16,9 @@ using calc::Wide;
 
 constexpr mpfr_prec_t prec = 2400;
 
-class Value {
-public:
-    Value() { mpfr_init2(v, prec); }
-    explicit Value(const std::string &text) : Value() {
-        mpfr_set_str(v, text.c_str(), 10, MPFR_RNDN);
-    }
+struct Value : Mpfr {
+    Value() : Mpfr(prec) {}
+    explicit Value(const std::string &text) : Mpfr(prec, text) {}
     template <int N>
     explicit Value(const Real<N> &r) : Value() {
         mpfr_set_zero(v, 1);
@@ -33,10 +29,6 @@ public:
         mpfr_mul_2si(v, v, r.exp, MPFR_RNDN);
         if (r.negative) mpfr_neg(v, v, MPFR_RNDN);
     }
-    ~Value() { mpfr_clear(v); }
-    Value(const Value &) = delete;
-    Value &operator=(const Value &) = delete;
-    mpfr_t v;
 };
 
 // -log2 of the relative error, or of the absolute one.

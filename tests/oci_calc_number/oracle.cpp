@@ -24,29 +24,17 @@ int log_base(mpfr_ptr r, mpfr_srcptr b, mpfr_srcptr x, mpfr_rnd_t rounding) {
     return mpfr_div(r, r, divisor, rounding);
 }
 
+// clang-format off
 const std::map<std::string, Function> functions = {
-    {"Add", mpfr_add},
-    {"Sub", mpfr_sub},
-    {"Mul", mpfr_mul},
-    {"Div", mpfr_div},
-    {"Power", mpfr_pow},
-    {"ArcTan2", mpfr_atan2},
-    {"Log", log_base},
-    {"Ceil", unary<mpfr_rint_ceil>},
-    {"Floor", unary<mpfr_rint_floor>},
-    {"Sqrt", unary<mpfr_sqrt>},
-    {"Exp", unary<mpfr_exp>},
-    {"Ln", unary<mpfr_log>},
-    {"Sin", unary<mpfr_sin>},
-    {"Cos", unary<mpfr_cos>},
-    {"Tan", unary<mpfr_tan>},
-    {"ArcSin", unary<mpfr_asin>},
-    {"ArcCos", unary<mpfr_acos>},
-    {"ArcTan", unary<mpfr_atan>},
-    {"HypSin", unary<mpfr_sinh>},
-    {"HypCos", unary<mpfr_cosh>},
-    {"HypTan", unary<mpfr_tanh>},
+    {"Add", mpfr_add}, {"Sub", mpfr_sub}, {"Mul", mpfr_mul}, {"Div", mpfr_div},
+    {"Power", mpfr_pow}, {"Log", log_base}, {"ArcTan2", mpfr_atan2},
+    {"Ceil", unary<mpfr_rint_ceil>}, {"Floor", unary<mpfr_rint_floor>}, {"Sqrt", unary<mpfr_sqrt>},
+    {"Exp", unary<mpfr_exp>}, {"Ln", unary<mpfr_log>},
+    {"Sin", unary<mpfr_sin>}, {"Cos", unary<mpfr_cos>}, {"Tan", unary<mpfr_tan>},
+    {"ArcSin", unary<mpfr_asin>}, {"ArcCos", unary<mpfr_acos>}, {"ArcTan", unary<mpfr_atan>},
+    {"HypSin", unary<mpfr_sinh>}, {"HypCos", unary<mpfr_cosh>}, {"HypTan", unary<mpfr_tanh>},
 };
+// clang-format on
 
 // Finite, not zero.
 Decimal decimal(Mpfr &v, size_t count, mpfr_rnd_t rounding) {

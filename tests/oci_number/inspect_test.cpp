@@ -17,12 +17,13 @@ TEST(Inspect, CmpOrdersValues) {
     }
 }
 
-TEST(Inspect, AssignCopiesAllBytes) {
-    ErrorHandle err;
-    OCINumber from = hex("02C102070809"), to = number({});
-    EXPECT_EQ(OCINumberAssign(err, &from, &to), OCI_SUCCESS);
-    EXPECT_EQ(OCINumberAssign(err, &to, &to), OCI_SUCCESS);
-    EXPECT_EQ(to, from);
+TEST(Inspect, Constants) {
+    OCINumber zero = number({}), pi = number({});
+    OCINumberSetZero(nullptr, &zero);
+    OCINumberSetPi(nullptr, &pi);
+    take_log();
+    EXPECT_EQ(zero, hex("0180"));
+    EXPECT_EQ(pi, hex("15C1040F105D42245A5021272F1B2C272150331D5515"));
 }
 
 }  // namespace

@@ -7,39 +7,17 @@
 
 namespace {
 
-// What has another shape than those of the table.
+// Conversions that read a record; the codec also writes one.
 const struct {
     const char *name;
     Function::Call call;
 } others[] = {
-    {"SetPi", [](auto e, auto, auto, auto, auto r) { return OCINumberSetPi(e, r), 0; }},
-    {"ToInt",
-     [](auto e, auto n, auto, auto, auto) {
-         sb8 value;
-         return OCINumberToInt(e, n, 8, OCI_NUMBER_SIGNED, &value);
-     }},
-    {"FromInt",
-     [](auto e, auto n, auto, auto, auto r) {
-         return OCINumberFromInt(e, n->OCINumberPart + 14, 8, OCI_NUMBER_SIGNED, r);
-     }},
-    {"ToReal",
-     [](auto e, auto n, auto, auto, auto) {
-         long double value;
-         return OCINumberToReal(e, n, sizeof value, &value);
-     }},
-    {"FromReal", [](auto e, auto n, auto, auto,
-                    auto r) { return OCINumberFromReal(e, n->OCINumberPart, 16, r); }},
     {"ToText",
      [](auto e, auto n, auto, auto, auto) {
          OraText text[128];
          ub4 size = sizeof text;
          return OCINumberToText(e, n, reinterpret_cast<const OraText *>("TM"), 2, nullptr, 0, &size,
                                 text);
-     }},
-    {"FromText",
-     [](auto e, auto n, auto, auto, auto r) {
-         return OCINumberFromText(e, n->OCINumberPart, 22, reinterpret_cast<const OraText *>("9"),
-                                  1, nullptr, 0, r);
      }},
     {"codec",
      [](auto, auto n, auto, auto, auto r) {

@@ -40,37 +40,39 @@ std::string to_text(const OCINumber &n, const std::string &model) {
 }
 
 TEST(ToText, Results) {
-    ASSERT_FALSE(data_rows("to_text.txt").empty());
     for (const auto &[line, c] : data_rows("to_text.txt")) {
         EXPECT_EQ(to_text(from_text(c[0]), c[1]), c[2]) << line;
     }
 }
 
-// Arguments of the layout that no call gives it.
+// Arguments of the layout that no call gives it: refused, or too long, or laid out.
 TEST(ToText, LayoutBounds) {
     const std::string s(200, '9');
-    const auto lay_out = [&](const OraText *number, sb8 length, const OraText *format, sb8 size,
-                             boolean has_tm) {
-        std::string result(128, '#');
-        auto *const buffer = reinterpret_cast<OraText *>(result.data());
-        ErrorHandle err;
-        sb8 laid_out = 0;
-        const oci_number::Layout layout{number, length, format, size, buffer, 0, has_tm};
-        const sword status = oci_number::OCINumberLayOut(err, layout, laid_out);
-        EXPECT_EQ(err.code(), 0);
-        return text("%d %ld ", status, laid_out) + take_masked_log();
+    const OraText *const digits = bytes(s);
+    const struct {
+        oci_number::Layout layout;
+        const char *outcome;
+    } rows[] = {
+        {{digits, -1, digits, 2, nullptr, 0, 1}, "params have null, status:-1"},
+        {{nullptr, 1, digits, 2, nullptr, 0, 1}, "params have null, status:-1"},
+        {{digits, 1, nullptr, 2, nullptr, 0, 1}, "params have null, status:-1"},
+        {{digits, 1, digits, 128, nullptr, 0, 0}, "params have null, status:-1"},
+        {{digits, 1, digits, 127, nullptr, 0, 0}, ""},
+        {{digits, 129, nullptr, 0, nullptr, 0, 1}, "buffer is to small, number_len:129"},
+        {{digits, 128, nullptr, 0, nullptr, 0, 1}, ""},
     };
-    const std::string refused =
-        "-1 0 D params have null, status:-1, number:%s, number_len:%d, "
-        "format:%s, format_len:%d, result_buf:P, result_size:128\n";
-    EXPECT_EQ(lay_out(bytes(s), -1, bytes(s), 2, 1), text(refused.c_str(), "P", -1, "P", 2));
-    EXPECT_EQ(lay_out(nullptr, 1, bytes(s), 2, 1), text(refused.c_str(), "(nil)", 1, "P", 2));
-    EXPECT_EQ(lay_out(bytes(s), 1, nullptr, 2, 1), text(refused.c_str(), "P", 1, "(nil)", 2));
-    EXPECT_EQ(lay_out(bytes(s), 1, bytes(s), 128, 0), text(refused.c_str(), "P", 1, "P", 128));
-    EXPECT_EQ(lay_out(bytes(s), 1, bytes(s), 127, 0), "0 128 ");
-    EXPECT_EQ(lay_out(bytes(s), 129, nullptr, 0, 1),
-              "-1 0 D buffer is to small, number_len:129, result_size:128\n");
-    EXPECT_EQ(lay_out(bytes(s), 128, nullptr, 0, 1), "0 128 ");
+    for (auto [layout, outcome] : rows) {
+        SCOPED_TRACE(text("%ld %ld", layout.number_len, layout.format_len));
+        OraText result[oci_number::result_size];
+        layout.result_buf = result;
+        ErrorHandle err;
+        sb8 length = 0;
+        EXPECT_EQ(oci_number::OCINumberLayOut(err, layout, length), *outcome ? -1 : 0);
+        EXPECT_EQ(length, *outcome ? 0 : 128);
+        const std::string log = take_masked_log();
+        EXPECT_TRUE(log.starts_with(*outcome ? text("D %s, ", outcome) : "")) << log;
+        EXPECT_EQ(err.code(), 0);
+    }
 }
 
 // The layout in terms of strings: the number's parts over the model's parts.

@@ -1,6 +1,7 @@
 // Tables of tests/data.
 #pragma once
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iomanip>
@@ -27,6 +28,12 @@ inline std::vector<int> hex_bytes(const std::string &hex) {
     return bytes;
 }
 
+// "|" is the end of a line.
+inline std::string ended(std::string s) {
+    std::replace(s.begin(), s.end(), '|', '\n');
+    return s;
+}
+
 struct DataRow {
     std::string line;
     std::vector<std::string> columns;
@@ -36,7 +43,6 @@ struct DataRow {
 // empty; "#" starts a comment.
 inline std::vector<DataRow> data_rows(const std::string &name) {
     std::ifstream in(OCI_NUMBER_TEST_DATA + name);
-    if (!in) std::abort();  // no table: no test
     std::vector<DataRow> rows;
     for (std::string line; std::getline(in, line);) {
         std::istringstream words(line);
@@ -46,5 +52,6 @@ inline std::vector<DataRow> data_rows(const std::string &name) {
         }
         if (!row.columns.empty()) rows.push_back(row);
     }
+    if (rows.empty()) std::abort();  // no table: no test
     return rows;
 }

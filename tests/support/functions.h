@@ -67,6 +67,8 @@ inline const Function &function(const std::string &name) {
     std::abort();
 }
 
+inline void PrintTo(const Function &f, std::ostream *out) { *out << f.name; }
+
 // What a function makes of a number or two: the bytes of the result, none where it refuses them.
 inline Bytes result_of(const Function &f, OCINumber a, OCINumber b, sword count) {
     ErrorHandle err;

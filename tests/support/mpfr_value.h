@@ -6,26 +6,24 @@
 
 #include <string>
 
-class Mpfr {
-public:
-    explicit Mpfr(mpfr_prec_t precision) { mpfr_init2(v_, precision); }
+struct Mpfr {
+    explicit Mpfr(mpfr_prec_t precision) { mpfr_init2(v, precision); }
     Mpfr(mpfr_prec_t precision, const std::string &decimal) : Mpfr(precision) {
-        mpfr_set_str(v_, decimal.c_str(), 10, MPFR_RNDN);
+        mpfr_set_str(v, decimal.c_str(), 10, MPFR_RNDN);
     }
-    ~Mpfr() { mpfr_clear(v_); }
+    ~Mpfr() { mpfr_clear(v); }
     Mpfr(const Mpfr &) = delete;
     Mpfr &operator=(const Mpfr &) = delete;
-    operator mpfr_ptr() { return v_; }
+    operator mpfr_ptr() { return v; }
 
     // The first `count` significant decimal digits, behind a sign, and the decimal exponent of
     // the first of them.
     std::string digits(size_t count, mpfr_exp_t &exponent, mpfr_rnd_t rounding = MPFR_RNDN) {
         std::string text(count + 2, '\0');
-        mpfr_get_str(text.data(), &exponent, 10, count, v_, rounding);
+        mpfr_get_str(text.data(), &exponent, 10, count, v, rounding);
         --exponent;
         return text.c_str();
     }
 
-private:
-    mpfr_t v_;
+    mpfr_t v;
 };

@@ -53,15 +53,14 @@ inline Bytes value_bytes(const OCINumber &n) {
 // An error handle that tells whether a call touched more than it may.
 class ErrorHandle {
 public:
-    ErrorHandle() { reset(); }
-    void reset() {
+    ErrorHandle() {
         std::memset(static_cast<void *>(&error_), 0x5A, sizeof error_);
         before_ = error_;
     }
     operator OCIError *() { return &error_; }
     OCIError *get() { return &error_; }
 
-    // The error that was written since the last reset; (0, "") for none.
+    // The error that was written; (0, "") for none.
     int code() const { return error_.err_code == before_.err_code ? 0 : error_.err_code; }
     std::string message() const {
         return code() == 0 ? "" : reinterpret_cast<const char *>(error_.err_message);
@@ -77,21 +76,6 @@ private:
     OCIError error_;
     OCIError before_;
 };
-
-// The message of a shared argument error, by its number.
-inline std::string argument_error(int code, int argument) {
-    return code == 21560
-               ? text("OCI-21560: argument %d is null, invalid, or out of range\n", argument)
-               : text("OCI-22060: argument [%d] is an invalid or uninitialized number\n", argument);
-}
-
-// The line that the log has for a message: without its prefix and line end.
-inline std::string error_line(const std::string &message) {
-    return "E " + message.substr(4, message.size() - 5);
-}
-inline std::string returned(const std::string &name, int status) {
-    return text("D function %s return with status %d", name.c_str(), status);
-}
 
 // Random engine with a fixed seed, or that of TEST_SEED; the seed shows on failure.
 inline std::mt19937_64 seeded() {

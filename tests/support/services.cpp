@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <regex>
@@ -21,7 +22,7 @@ static std::string format(const char *fmt, va_list args) {
     return result;
 }
 
-std::string print_text(const char *fmt, ...) {
+std::string text(const char *fmt, ...) {
     va_list args;
     va_start(args, fmt);
     std::string result = format(fmt, args);
