@@ -12,7 +12,8 @@
 
 #include "number_bytes.h"
 
-#if defined(__SSE2__)
+#if defined(__SSE2__) && !defined(OCI_NUMBER_NO_VECTORS)
+#define OCI_NUMBER_SSE2
 #include <emmintrin.h>
 #endif
 
@@ -218,7 +219,7 @@ struct TwoWords {
     ub8 low;
 };
 
-#if defined(__SSE2__)
+#if defined(OCI_NUMBER_SSE2)
 
 inline __m128i to_vector(TwoWords w) {
     return _mm_set_epi64x(static_cast<long long>(w.high), static_cast<long long>(w.low));
@@ -310,7 +311,7 @@ inline Digits split(const Joined &j) {
 
 // Writes a word's digits as 16 characters.
 inline void write_characters(char *out, ub8 word) {
-#if defined(__SSE2__)
+#if defined(OCI_NUMBER_SSE2)
     const __m128i bytes = _mm_cvtsi64_si128(static_cast<long long>(big_endian(word)));
     const __m128i digits = _mm_unpacklo_epi8(bytes, _mm_setzero_si128());
     // v / 10 is v * 6554 >> 16 for v below 100; the tens come first.

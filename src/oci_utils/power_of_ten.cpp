@@ -29,15 +29,14 @@ struct Wide {
     ub8 limb[4] = {ub8{1} << 63, 0, 0, 0};
     int exponent = -255;
 
-    // Takes the top 256 bits of five limbs that stand for `scale` binary places.
+    // Takes the top 256 bits of five limbs, the first not zero, that stand for `scale` binary
+    // places.
     constexpr void set(const ub8 (&from)[5], int scale) {
-        const unsigned skip = from[0] == 0 ? 1 : 0;
-        const int shift = __builtin_clzll(from[skip]);
+        const int shift = __builtin_clzll(from[0]);
         for (unsigned i = 0; i < 4; ++i) {
-            const ub8 next = i + skip + 1 < 5 ? from[i + skip + 1] : 0;
-            limb[i] = shift == 0 ? from[i + skip] : from[i + skip] << shift | next >> (64 - shift);
+            limb[i] = shift == 0 ? from[i] : from[i] << shift | from[i + 1] >> (64 - shift);
         }
-        exponent += scale + (skip != 0 ? 0 : 64) - shift;
+        exponent += scale + 64 - shift;
     }
 
     constexpr void multiply_by_10_27() {

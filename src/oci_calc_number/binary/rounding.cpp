@@ -1,5 +1,7 @@
 #include "oci_calc_number/binary/rounding.h"
 
+#include <algorithm>
+
 #include "oci_calc_number/binary/operand.h"
 
 namespace calc {
@@ -98,7 +100,7 @@ bool round_to_record(QZCICalcNumber &result, const Real<N> &v, int bits, Undecid
     // f is what follows the last digit, v below 10^40 < 2^133 units of that digit. So
     // the error of f is below 2^-certain.
     constexpr int unit_bits = 133;
-    const int certain = (bits < scale_bits<N> ? bits : scale_bits<N>)-1 - unit_bits;
+    const int certain = std::min(bits, scale_bits<N>) - 1 - unit_bits;
     bool up = f[N - 1] >> 63 != 0;
     // The distance to one half, at most an ulp too small, against the error.
     Limbs<N> distance;

@@ -1,4 +1,6 @@
 // Arc sine, arc cosine, arc tangent of one and of two operands.
+#include <algorithm>
+
 #include "oci_calc_number/binary/rounding.h"
 #include "oci_calc_number/elementary/kernels.h"
 #include "oci_calc_number/record.h"
@@ -171,7 +173,7 @@ int arc_value(Real<N> &r, Arc function, const Operand &x) {
         angle_of(r, a, side);
     else
         angle_of(r, side, a);
-    return (sqrt_bits<N> < atan_bits<N> ? sqrt_bits<N> : atan_bits<N>)-2;
+    return std::min(sqrt_bits<N>, atan_bits<N>) - 2;
 }
 
 template int arc_value<3>(Real<3> &, Arc, const Operand &);
