@@ -1,7 +1,7 @@
 // The exported calculations (22 bytes in, 22 bytes out, checks and filtered traces
-// included) beside the bare operations of Boost's cpp_dec_float<40>, and of MPFR and Arb
-// at 140 bits, which carry as many digits. Operands of 40 and of 12 digits, prepared in
-// arrays; all peers get the same ones.
+// included) beside the bare operations of Boost's cpp_dec_float<40>, of MPFR and Arb at
+// 140 bits, which carry as many digits, and of GCC's decimal128, which has 34. Operands of
+// 40, 34 and 12 digits, prepared in arrays; all peers get the same ones.
 #include <benchmark/benchmark.h>
 // Arb's header needs MPFR's before it.
 #include <mpfr.h>
@@ -25,11 +25,29 @@ constexpr size_t operand_count = 256;
 using Boost = boost::multiprecision::number<boost::multiprecision::cpp_dec_float<40>,
                                             boost::multiprecision::et_off>;
 
+// GCC's decimal floating-point type of 34 digits; C++ has no name for it.
+typedef float Decimal128 __attribute__((mode(TD)));
+
+Decimal128 decimal128_of(const std::string &text) {
+    const auto ten = static_cast<Decimal128>(10);
+    auto value = static_cast<Decimal128>(0), unit = static_cast<Decimal128>(1);
+    bool fraction = false;
+    for (const char c : text) {
+        if (c == '.') fraction = true;
+        if (c < '0' || c > '9') continue;
+        value = value * ten + static_cast<Decimal128>(c - '0');
+        if (fraction) unit = unit * ten;
+    }
+    value = value / unit;
+    return text[0] == '-' ? -value : value;
+}
+
 struct Operands {
     std::vector<OCINumber> numbers;
     std::vector<Boost> boosts;
     std::vector<__mpfr_struct> mpfrs;
     std::vector<arb_struct> arbs;
+    std::vector<Decimal128> decimals;
 };
 
 // Decimals between low and high with `digits` digits, the first of them not 0.
@@ -60,6 +78,7 @@ Operands make_operands(double low, double high, int digits, unsigned seed) {
         arb_set_str(&a, text.c_str(), peer_bits);
         mag_zero(arb_radref(&a));
         o.arbs.push_back(a);
+        o.decimals.push_back(decimal128_of(text));
     }
     return o;
 }
@@ -94,7 +113,7 @@ OCIError *error_handle() {
 template <class Oci, class BoostCall, class MpfrCall, class ArbCall>
 void add(const char *name, double low, double high, double low2, double high2, Oci oci,
          BoostCall boost_call, MpfrCall mpfr_call, ArbCall arb_call) {
-    for (const int digits : {40, 12}) {
+    for (const int digits : {40, 34, 12}) {
         auto *const p =
             new Pair{make_operands(low, high, digits, 1), make_operands(low2, high2, digits, 2)};
         const std::string head = std::string(name) + "/" + std::to_string(digits) + "/";
@@ -183,7 +202,27 @@ int mpfr_log_base(mpfr_ptr r, mpfr_srcptr a, mpfr_srcptr b, mpfr_rnd_t rnd) {
     return t;
 }
 
+// The operations that the type itself has.
+template <class Call>
+void add_decimal128(const char *name, double low, double high, Call call) {
+    for (const int digits : {34, 12}) {
+        auto *const p =
+            new Pair{make_operands(low, high, digits, 1), make_operands(low, high, digits, 2)};
+        const std::string label = std::string(name) + "/" + std::to_string(digits) + "/decimal128";
+        benchmark::RegisterBenchmark(label.c_str(), [=](benchmark::State &state) {
+            run(state, [&](size_t i) {
+                Decimal128 r = call(p->a.decimals[i], p->b.decimals[i]);
+                benchmark::DoNotOptimize(r);
+            });
+        });
+    }
+}
+
 void add_all() {
+    add_decimal128("Add", -1e5, 1e5, [](Decimal128 a, Decimal128 b) { return a + b; });
+    add_decimal128("Sub", -1e5, 1e5, [](Decimal128 a, Decimal128 b) { return a - b; });
+    add_decimal128("Mul", -1e5, 1e5, [](Decimal128 a, Decimal128 b) { return a * b; });
+    add_decimal128("Div", -1e5, 1e5, [](Decimal128 a, Decimal128 b) { return a / b; });
     add("Add", -1e5, 1e5, -1e5, 1e5, OCINumberAdd, BOOST_TWO(a + b), MPFR_TWO(mpfr_add),
         ARB_TWO(arb_add));
     add("Sub", -1e5, 1e5, -1e5, 1e5, OCINumberSub, BOOST_TWO(a - b), MPFR_TWO(mpfr_sub),

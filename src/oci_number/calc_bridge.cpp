@@ -110,7 +110,7 @@ sword OCINumberStoreResult(OCIError *err, const QZCICalcNumber &calc_result, OCI
     return OCI_SUCCESS;
 }
 
-inline sword OCINumberTwoParamChecked(OCIError *err, const OCINumber *number1,
+[[gnu::always_inline]] inline sword OCINumberTwoParamChecked(OCIError *err, const OCINumber *number1,
                                       const OCINumber *number2, OCINumber *result, ub4 index,
                                       boolean check_zero) {
     if (const sword status = OCINumberCheckFourParams(err, number1, number2, result)) return status;
@@ -159,7 +159,7 @@ sword OCINumberCheckDomain(OCIError *err, const OCINumber *number, ub4 index) {
     }
 }
 
-inline sword OCINumberOneParamChecked(OCIError *err, const OCINumber *number, OCINumber *result,
+[[gnu::always_inline]] inline sword OCINumberOneParamChecked(OCIError *err, const OCINumber *number, OCINumber *result,
                                       ub4 index) {
     if (const sword status = OCINumberCheckThreeParams(err, number, result)) return status;
     if (const sword status = OCINumberCheckDomain(err, number, index)) return status;
