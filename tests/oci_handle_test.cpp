@@ -92,10 +92,10 @@ TEST(Handle, UserMemory) {
     OCIEnv *env = new_env();
     OCIHandleFree(env, OCI_HTYPE_ENV);
     const int live = heap.live;
-    for (const auto &[size, has_place] : {std::pair{8, true}, {8, false}, {0, true}}) {
+    for (const auto &[size, has_place] : {std::pair{size_t{8}, true}, {8, false}, {0, true}}) {
         void *memory = &heap;
-        EXPECT_EQ(OCIEnvCreate(&env, 0, nullptr, nullptr, nullptr, nullptr,
-                               static_cast<size_t>(size), has_place ? &memory : nullptr),
+        EXPECT_EQ(OCIEnvCreate(&env, 0, nullptr, nullptr, nullptr, nullptr, size,
+                               has_place ? &memory : nullptr),
                   OCI_SUCCESS);
         const bool is_given = size > 0 && has_place;
         EXPECT_EQ(memory != &heap, is_given);

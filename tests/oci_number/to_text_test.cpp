@@ -62,7 +62,6 @@ TEST(ToText, LayoutBounds) {
         {{digits, 128, nullptr, 0, nullptr, 0, 1}, ""},
     };
     for (auto [layout, outcome] : rows) {
-        SCOPED_TRACE(text("%ld %ld", layout.number_len, layout.format_len));
         OraText result[oci_number::result_size];
         layout.result_buf = result;
         ErrorHandle err;
@@ -71,7 +70,6 @@ TEST(ToText, LayoutBounds) {
         EXPECT_EQ(length, *outcome ? 0 : 128);
         const std::string log = take_masked_log();
         EXPECT_TRUE(log.starts_with(*outcome ? text("D %s, ", outcome) : "")) << log;
-        EXPECT_EQ(err.code(), 0);
     }
 }
 
