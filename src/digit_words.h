@@ -38,6 +38,11 @@ inline unsigned digit_at(const Digits &d, unsigned index) {
     return static_cast<unsigned>(d.word[index / 8] >> (56 - 8 * (index % 8)) & 0xff);
 }
 
+// Sets a digit that is zero.
+inline void set_digit(Digits &d, unsigned index, unsigned digit) {
+    d.word[index / 8] |= ub8{digit} << (56 - 8 * (index % 8));
+}
+
 // The digits moved back by `count`, zeros in front; what leaves the window is lost.
 inline Digits moved_back(Digits d, unsigned count) {
     if (count >= 16) {
@@ -207,7 +212,7 @@ inline void exchange_if(bool condition, Digits &a, Digits &b) {
 // carry runs over the first digit: all are zero then.
 inline bool add_unit(Digits &d, unsigned index) {
     Digits unit = {};
-    unit.word[index / 8] = ub8{1} << (56 - 8 * (index % 8));
+    set_digit(unit, index, 1);
     return combine(d, unit, false, false) != 0;
 }
 

@@ -10,6 +10,7 @@
 #include "oci.h"
 #include "oci_handle.h"
 #include "oci_log.h"
+#include "oci_utils/plain_number.h"
 
 namespace oci_number {
 
@@ -104,6 +105,13 @@ inline constexpr sb8 number_text_size = 128;
 // untouched then.
 sword OCINumberProcessValue(const OCINumber *number, OraText **number_raw_str, sb8 *number_raw_len,
                             ub4 scale, boolean has_tm);
+
+// The same for digits: reads a finite number and rounds it to `scale` places; the sign stays.
+sword OCINumberProcessDigits(const OCINumber *number, plain_number::PlainNumber &p, ub4 scale);
+
+// The text of OCINumberProcessValue, without a line in the log.
+sword OCINumberRenderValue(const OCINumber *number, OraText **number_raw_str, sb8 *number_raw_len,
+                           ub4 scale, boolean has_tm);
 
 // Parses the format model of `*fmt_raw_length` characters at `*fmt_raw`. On
 // success the two designate its body (of "TM" and "TM9": the whole model), and

@@ -75,16 +75,21 @@ void OCINumberDropLeadingZero(OraText *&number_str, sb8 &number_str_len) {
     --number_str_len;
 }
 
+constexpr const char *trace_name = "OCINumberProcessValue";
+
+sword OCINumberNoText(const OCINumber *number, sword status) {
+    QZOCI_LOG_DEBUG("fail to get str from number number:%p", static_cast<const void *>(number));
+    return status;
+}
+
 }  // namespace
 
-sword OCINumberProcessValue(const OCINumber *number, OraText **number_raw_str, sb8 *number_raw_len,
-                            ub4 scale, boolean has_tm) {
-    constexpr const char *trace_name = "OCINumberProcessValue";
+sword OCINumberRenderValue(const OCINumber *number, OraText **number_raw_str, sb8 *number_raw_len,
+                           ub4 scale, boolean has_tm) {
     OraText *number_str = *number_raw_str;
     auto n_number_str_len = static_cast<ub2>(*number_raw_len);
     if (const sword status = getStrFromNumber(number, number_str, &n_number_str_len)) {
-        QZOCI_LOG_DEBUG("fail to get str from number number:%p", static_cast<const void *>(number));
-        return OCI_NUMBER_RETURN(trace_name, status);
+        return OCINumberNoText(number, status);
     }
     sb8 number_str_len = n_number_str_len;
     if (!has_tm) {
@@ -92,12 +97,26 @@ sword OCINumberProcessValue(const OCINumber *number, OraText **number_raw_str, s
         while (period_pos < number_str_len && number_str[period_pos] != '.') ++period_pos;
         if (number_str_len - 1 - period_pos > sb8{scale} &&
             !OCINumberCutText({number_str, period_pos, scale}, *number_raw_len, number_str_len)) {
-            return OCI_NUMBER_RETURN(trace_name, OCI_ERROR);
+            return OCI_ERROR;
         }
     }
     OCINumberDropLeadingZero(number_str, number_str_len);
     *number_raw_str = number_str;
     *number_raw_len = number_str_len;
+    return OCI_SUCCESS;
+}
+
+sword OCINumberProcessValue(const OCINumber *number, OraText **number_raw_str, sb8 *number_raw_len,
+                            ub4 scale, boolean has_tm) {
+    return OCI_NUMBER_RETURN(
+        trace_name, OCINumberRenderValue(number, number_raw_str, number_raw_len, scale, has_tm));
+}
+
+sword OCINumberProcessDigits(const OCINumber *number, plain_number::PlainNumber &p, ub4 scale) {
+    if (!plain_number::read(*number, p) || shape_of(p).length() > number_text_size) {
+        return OCI_NUMBER_RETURN(trace_name, OCINumberNoText(number, OCI_ERROR));
+    }
+    round_places(p, scale);
     return OCI_NUMBER_RETURN(trace_name, OCI_SUCCESS);
 }
 

@@ -1,4 +1,4 @@
-// Conversion to native reals, through decimal text and a long double. The bits of reals
+// Conversion to native reals, through a long double. The bits of reals
 // are put together with integers: the rounding mode has no part in a result, and no locale
 // in a text.
 #include <cfloat>
@@ -66,24 +66,51 @@ bool OCINumberStoreNarrow(long double data, void *rsl) {
     return true;
 }
 
+// The nearest long double by the digits. False when they are too many for a product that
+// tells.
+bool OCINumberNearest(const plain_number::PlainNumber &p, long double &data) {
+    constexpr unsigned max_digits_of_product = 19;  // 10^38 < 2^128
+    data = p.negative ? -0.0L : 0.0L;
+    if (p.count == 0) return true;
+    if (p.count > max_digits_of_product) return false;
+    // The digits moved to the end of the words, as an integer of 100^(exponent + 1 - count).
+    const auto joined = join(moved_back(p.digits, digit_words::window - p.count));
+    natural::ub16 value = joined.word[0];
+    for (int i = 1; i < 3; ++i) value = value * digit_words::word_base + joined.word[i];
+    if (!qz_nearest_long_double(value, 2 * (p.exponent + 1 - static_cast<int>(p.count)), &data)) {
+        return false;
+    }
+    data = p.negative ? -data : data;
+    return true;
+}
+
+// The same by the decimal text, for any number of digits.
+bool OCINumberScanned(const OCINumber *number, ub4 scale, long double &data) {
+    OraText number_buf[number_text_size];
+    OraText *number_str = number_buf;
+    sb8 number_str_len = sizeof number_buf;
+    if (OCINumberRenderValue(number, &number_str, &number_str_len, scale, 0)) return false;
+    const char *const text = reinterpret_cast<const char *>(number_str);
+    int errcode = 0;
+    data = qz_atold(text, text + number_str_len, &errcode);
+    return errcode == 0;
+}
+
 sword OCINumberToRealChecked(OCIError *err, const OCINumber *number, const RealType &type,
                              void *rsl) {
     if (is_negative_infinity(*number) || is_positive_infinity(*number)) {
         OCINumberStoreInfinity(is_negative(*number), type.size, rsl);
         return OCI_SUCCESS;
     }
-    OraText number_buf[number_text_size] = {};
-    OraText *number_str = number_buf;
-    sb8 number_str_len = sizeof number_buf;
-    if (const sword status =
-            OCINumberProcessValue(number, &number_str, &number_str_len, type.scale, 0)) {
+    plain_number::PlainNumber p;
+    if (const sword status = OCINumberProcessDigits(number, p, type.scale)) {
         QZOCI_LOG_ERROR("fail to get str from number");
         return status;
     }
-    const char *const text = reinterpret_cast<const char *>(number_str);
-    int errcode = 0;
-    const long double data = qz_atold(text, text + number_str_len, &errcode);
-    if (errcode != 0) return OCI_NUMBER_INTERNAL_FAILURE(err, "fail to convert str to double");
+    long double data;
+    if (!OCINumberNearest(p, data) && !OCINumberScanned(number, type.scale, data)) {
+        return OCI_NUMBER_INTERNAL_FAILURE(err, "fail to convert str to double");
+    }
 
     switch (type.size) {
         case sizeof(float):

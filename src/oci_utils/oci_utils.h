@@ -5,6 +5,7 @@
 #include <pthread.h>
 
 #include "oci.h"
+#include "oci_utils/natural.h"
 
 extern "C" {
 
@@ -40,6 +41,11 @@ long long my_strtoll10(const char *nptr, char **endptr, int *error);
 // double, ties to even, and sets `*error` to 0; for any other text returns 0 and
 // sets `*error` to 1.
 long double qz_atold(const char *start, const char *end, int *error);
+
+// Stores the long double nearest to value * 10^exponent, ties to even, for `value` not 0 and an
+// exponent from -1024 to 130. Returns false, with nothing stored, for the few values so close to
+// the midpoint of two that a product of 128 bits does not tell; qz_atold does, of their text.
+bool qz_nearest_long_double(natural::ub16 value, int exponent, long double *result);
 
 // Writes to `digits` the first `count` (1 to 20) significant decimal digits of
 // mantissa * 2^exponent, rounded to nearest, ties to even, and returns the decimal

@@ -61,6 +61,36 @@ inline Shape shape_of(const PlainNumber &p) {
             short_first, short_last};
 }
 
+// Rounds half away from zero to `places` decimal places. The sign stays, of zero too.
+inline void round_places(PlainNumber &p, unsigned places) {
+    // The first digit that loses a place: all of it, or its ones.
+    const int cut = p.exponent + 1 + static_cast<int>(places / 2);
+    if (cut >= static_cast<int>(p.count)) return;
+    if (cut < 0) {
+        p.count = 0;
+        return;
+    }
+    const auto index = static_cast<unsigned>(cut);
+    const unsigned digit = digit_at(p.digits, index);
+    const bool half = places % 2 != 0;  // of the digit stays
+    const Digits &kept = digit_words::first_digits(index);
+    for (int i = 0; i < 3; ++i) p.digits.word[i] &= kept.word[i];
+    if (half) set_digit(p.digits, index, digit - digit % 10);
+    bool carry = false;
+    if (half ? digit % 10 >= 5 : digit >= 50) {
+        Digits unit = {};
+        if (half) set_digit(unit, index, 10);
+        if (!half && index > 0) set_digit(unit, index - 1, 1);
+        carry = (!half && index == 0) || combine(p.digits, unit, false, false) != 0;
+    }
+    if (carry) {
+        p.digits = moved_back(p.digits, 1);
+        set_digit(p.digits, 0, 1);
+        ++p.exponent;
+    }
+    p.count = is_zero(p.digits) ? 0 : significant(p.digits);
+}
+
 // "00" to "99".
 struct PairTable {
     char text[200];

@@ -111,22 +111,21 @@ long double exact_long_double(const ScannedDigits &digits) {
         mantissa, up, static_cast<int>(dropped) - static_cast<int>(64 * shift + digits.fraction));
 }
 
-// The nearest long double of `value` / 10^fraction, which are the digits'.
-long double nearest_long_double(ub16 value, const ScannedDigits &digits) {
+}  // namespace
+
+bool qz_nearest_long_double(ub16 value, int exponent, long double *result) {
     const auto high = static_cast<ub8>(value >> 64);
     const int zeros =
         high != 0 ? __builtin_clzll(high) : 64 + __builtin_clzll(static_cast<ub8>(value));
-    const auto quotient =
-        power_of_ten::multiply(value << zeros, -zeros, -static_cast<int>(digits.fraction));
-    const int dropped = 64 - __builtin_clzll(static_cast<ub8>(quotient.bits >> 64));
+    const auto product = power_of_ten::multiply(value << zeros, -zeros, exponent);
+    const int dropped = 64 - __builtin_clzll(static_cast<ub8>(product.bits >> 64));
     const ub16 half = ub16{1} << (dropped - 1);
-    const ub16 rest = quotient.bits & (2 * half - 1);
-    if (rest <= half && rest + quotient.below > half) return exact_long_double(digits);
-    return to_long_double(static_cast<ub8>(quotient.bits >> dropped), rest > half,
-                          quotient.exponent + dropped);
+    const ub16 rest = product.bits & (2 * half - 1);
+    if (rest <= half && rest + product.below > half) return false;
+    *result = to_long_double(static_cast<ub8>(product.bits >> dropped), rest > half,
+                             product.exponent + dropped);
+    return true;
 }
-
-}  // namespace
 
 extern "C" long double qz_atold(const char *start, const char *end, int *error) {
     *error = 1;
@@ -175,11 +174,11 @@ extern "C" long double qz_atold(const char *start, const char *end, int *error) 
     *error = 0;
 
     long double magnitude = 0;
-    if (rest_count > 0) {
+    if (digits.count > 0 &&
+        (rest_count > 0 ||
+         !qz_nearest_long_double(static_cast<ub16>(high) * power(10, low_count) + low,
+                                 -static_cast<int>(digits.fraction), &magnitude))) {
         magnitude = exact_long_double(digits);
-    } else if (digits.count > 0) {
-        magnitude =
-            nearest_long_double(static_cast<ub16>(high) * power(10, low_count) + low, digits);
     }
     return negative ? -magnitude : magnitude;
 }
