@@ -154,21 +154,15 @@ inline void write_digits(OCINumber &n, bool negative, const Digits &d) {
     std::memcpy(bytes + 16, &last, sizeof last);
 }
 
-// Writes the first `count` digit bytes, and leaves what stands behind them.
+// Writes the first `count` digit bytes, at most 16, and leaves what stands behind them.
 inline void write_first_digits(OCINumber &n, bool negative, const Digits &d, unsigned count) {
-    ub1 *const bytes = n.OCINumberPart + 2;
     const Coding &encode = encodings[negative];
     const Digits &keep = first_digits(count);
-    const auto blend = [&](ub8 digits, ub8 former, ub8 mask) {
-        return ((encode(digits) ^ former) & mask) ^ former;
-    };
-    store(bytes, blend(d.word[0], load(bytes), keep.word[0]));
-    store(bytes + 8, blend(d.word[1], load(bytes + 8), keep.word[1]));
-    if (count <= 2 * digits_per_word) return;
-    // The last four bytes by the word that ends with them, and begins with digits written above.
-    const ub8 former = load(bytes + 12);
-    store(bytes + 12, blend(d.word[1] << 32 | d.word[2] >> 32, former,
-                            keep.word[1] << 32 | keep.word[2] >> 32));
+    for (int i = 0; i < 2; ++i) {
+        ub1 *const bytes = n.OCINumberPart + 2 + 8 * i;
+        const ub8 former = load(bytes);
+        store(bytes, ((encode(d.word[i]) ^ former) & keep.word[i]) ^ former);
+    }
 }
 
 // ---- Sums -----------------------------------------------------------------
@@ -332,20 +326,6 @@ inline void write_characters(char *out, ub8 word) {
         *out++ = static_cast<char>('0' + digit % 10);
     }
 #endif
-}
-
-// Copies `count` characters, at most 48, faster than a call would.
-inline void copy_characters(char *to, const char *from, unsigned count) {
-    if (count >= 16) {
-        std::memcpy(to, from, 16);
-        if (count > 32) std::memcpy(to + 16, from + 16, 16);
-        std::memcpy(to + count - 16, from + count - 16, 16);
-    } else if (count >= 8) {
-        std::memcpy(to, from, 8);
-        std::memcpy(to + count - 8, from + count - 8, 8);
-    } else {
-        for (unsigned i = 0; i < count; ++i) to[i] = from[i];
-    }
 }
 
 }  // namespace digit_words

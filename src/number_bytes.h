@@ -67,10 +67,6 @@ constexpr ub1 turn_digit_byte(ub1 b) { return static_cast<ub1>(102 - b); }
 constexpr ub1 decode_digit(bool negative, ub1 b) {
     return static_cast<ub1>(negative ? 101 - b : b - 1);
 }
-constexpr ub1 encode_digit(bool negative, unsigned digit) {
-    return static_cast<ub1>(negative ? 101 - digit : digit + 1);
-}
-
 // Digit bytes of a record with a valid length. No digit byte is 102, so a final
 // byte 102 is always the ending byte.
 inline unsigned digit_count(const OCINumber &n) {
