@@ -110,9 +110,11 @@ sword OCINumberStoreResult(OCIError *err, const QZCICalcNumber &calc_result, OCI
     return OCI_SUCCESS;
 }
 
-[[gnu::always_inline]] inline sword OCINumberTwoParamChecked(OCIError *err, const OCINumber *number1,
-                                      const OCINumber *number2, OCINumber *result, ub4 index,
-                                      boolean check_zero) {
+[[gnu::always_inline]] inline sword OCINumberTwoParamChecked(OCIError *err,
+                                                             const OCINumber *number1,
+                                                             const OCINumber *number2,
+                                                             OCINumber *result, ub4 index,
+                                                             boolean check_zero) {
     if (const sword status = OCINumberCheckFourParams(err, number1, number2, result)) return status;
     if (check_zero == 1 && is_zero(*number2)) return OCINumberError22056(err, number1);
     if (index == OCINumberArcTan2Index && is_zero(*number2)) return OCINumberError22060(err, 3);
@@ -159,8 +161,8 @@ sword OCINumberCheckDomain(OCIError *err, const OCINumber *number, ub4 index) {
     }
 }
 
-[[gnu::always_inline]] inline sword OCINumberOneParamChecked(OCIError *err, const OCINumber *number, OCINumber *result,
-                                      ub4 index) {
+[[gnu::always_inline]] inline sword OCINumberOneParamChecked(OCIError *err, const OCINumber *number,
+                                                             OCINumber *result, ub4 index) {
     if (const sword status = OCINumberCheckThreeParams(err, number, result)) return status;
     if (const sword status = OCINumberCheckDomain(err, number, index)) return status;
 

@@ -5,8 +5,10 @@
 namespace {
 
 // The result apart from the operands, and in the place of each.
-TEST(Results, Table) {
-    for (const auto &[line, columns] : data_rows("results.txt")) {
+class Results : public testing::TestWithParam<const char *> {};
+
+TEST_P(Results, Table) {
+    for (const auto &[line, columns] : data_rows(GetParam())) {
         SCOPED_TRACE(line);
         const Function &f = function(columns.at(0));
         auto column = columns.begin() + 1;
@@ -45,7 +47,9 @@ TEST(Results, Table) {
     }
 }
 
-TEST(Results, Printers) {
+INSTANTIATE_TEST_SUITE_P(Tables, Results, testing::Values("results.txt", "word_edges.txt"));
+
+TEST(Printers, Text) {
     OCINumber z = hex("0180"), negative = hex("033E6166"),
               broken = hex("FF" + repeated("(07){21}"));
     QZCICalcNumber record;
