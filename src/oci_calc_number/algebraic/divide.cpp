@@ -39,25 +39,26 @@ constexpr u64 reciprocal_of(u64 d) {
     return static_cast<u64>((static_cast<u128>(~d) << 64 | ~u64{0}) / d);
 }
 
-// An integer below 10^48 as words below 10^16. m is used up.
-Joined to_words(u64 *m) {
-    // Divided by word_base through both shifted to the top.
+// (high:r) / 10^16 for high < 10^16; r becomes the remainder.
+inline u64 divide_by_word_base(u64 high, u64 &r) {
+    // Both shifted to the top.
     constexpr int shift = 10;
     constexpr u64 d = word_base << shift;
     static_assert(d >> 63 == 1);
-    constexpr u64 v = reciprocal_of(d);
-    Joined j;
-    for (int i = words - 1; i >= 0; --i) {
-        u64 rest = 0;
-        for (int k = words - 1; k >= 0; --k) {
-            u64 part = m[k] << shift;
-            const u64 top = rest | m[k] >> (64 - shift);
-            m[k] = divide_2by1(top, part, d, v);
-            rest = part;
-        }
-        j.word[i] = rest >> shift;
-    }
-    return j;
+    u64 part = r << shift;
+    const u64 q = divide_2by1(high << shift | r >> (64 - shift), part, d, reciprocal_of(d));
+    r = part >> shift;
+    return q;
+}
+
+// An integer below 10^48 < 2^160 as words below 10^16.
+Joined to_words(const u64 *m) {
+    u64 rest = m[1];
+    const u64 upper = divide_by_word_base(m[2], rest);  // below 2^43, of 10^48 / 10^16 / 2^64
+    u64 last = m[0];
+    u64 middle = divide_by_word_base(rest, last);
+    const u64 first = divide_by_word_base(upper, middle);
+    return {{first, middle, last}};
 }
 
 class LongDivision {

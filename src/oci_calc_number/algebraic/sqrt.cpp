@@ -1,8 +1,6 @@
-// Square root by the digit recurrence in base 10^8, after a start of two groups.
-//
-// The operand is read in words of eight digits; each gives four digits of the root, a group.
-// With S the root so far and R = X - S^2 for the words X read so far, the next group is the
-// largest t with t * (2 * 10^8 * S + t) <= R * 10^16 + next word. S and R are binary integers.
+// Square root, eight digits a step: the integer root of the operand's first two words, then a
+// division by twice the root so far for each further word, as in Newton's iteration, its
+// remainder kept exactly [P. Zimmermann: Karatsuba Square Root, 1999].
 #include "oci_calc_number/binary/limbs.h"
 #include "oci_calc_number/record.h"
 
@@ -10,13 +8,7 @@ using namespace calc;
 
 namespace {
 
-using digit_words::group_base;
-using digit_words::split;
 using digit_words::word_base;
-
-constexpr int root_groups = 6;  // 24 digits
-// 2 * 10^8 * S stays below 2 * 10^48 < 2^161.
-constexpr int words = 3;
 
 // floor(sqrt(x)) for 0 < x < 2^126. An approximation with half of the bits, refined by
 // a division, has an error below 1 if the one before had [CPython math.isqrt]; the last
@@ -38,53 +30,61 @@ u64 integer_root(u128 x) {
     return root;
 }
 
-// 64 bits of x from `bit` on; x has a word more than the bits reach into.
-inline u64 bits_from(const u64 *x, int bit) {
-    x += bit / 64;
-    return x[0] >> (bit % 64) | x[1] << 1 << (63 - bit % 64);
-}
-
-class RootDigits {
+// The root's words of eight digits, for an operand of three words whose root has its first digit
+// in the first place. All operands of numbers end within the third.
+class RootWords {
 public:
-    // The first two groups come from the first two words.
-    RootDigits(u64 first, u64 second) {
-        const u128 x = static_cast<u128>(first) * word_base + second;
-        start = root_[0] = integer_root(x);
-        rest_[0] = low(x - static_cast<u128>(start) * start);
+    explicit RootWords(const digit_words::Joined &x) {
+        const u128 head = static_cast<u128>(x.word[0]) * word_base + x.word[1];
+        const u64 first = integer_root(head);  // 10^14 to 10^16
+        second(first, low(head - static_cast<u128>(first) * first), x.word[2]);
+        third();
     }
-
-    u64 start;
-
-    u64 next(u64 word) {
-        rest_[words] = mul_1<words>(rest_, rest_, word_base);
-        add_1<words + 1>(rest_, rest_, word);
-        mul_1<words>(root_, root_, group_base);
-        Limbs<words + 1> twice;
-        add<words>(twice, root_, root_);
-        twice[words] = 0;
-        // From the top 36 bits of the divisor, which leave at most 63 of the rest. The
-        // estimate is less than 2 above t: twice cut off adds less than 2^-8, the t that
-        // it lacks at most t^2 / twice < 1/2, as twice >= 2 * 10^16.
-        int top = words - 1;
-        while (twice[top] == 0) --top;
-        const int bit = 64 * top + 64 - leading_zeros(twice[top]) - 36;
-        u64 t = bits_from(rest_, bit) / bits_from(twice, bit);
-        // rest -= t * (twice + t); what was too much is given back one t at a time:
-        // t * (twice + t) - (t - 1) * (twice + t - 1) = twice + 2 t - 1.
-        Limbs<words> factor;
-        add_1<words>(factor, twice, t);
-        u64 above = rest_[words] - sub_mul_1<words>(rest_, factor, t);
-        for (; above >> 63 != 0; --t) {
-            add_1<words>(factor, twice, 2 * t - 1);
-            above += add<words>(rest_, rest_, factor);
-        }
-        add_1<words>(root_, root_, t);
-        return t;
-    }
+    digit_words::Joined words;
 
 private:
-    Limbs<words> root_ = {};
-    Limbs<words + 2> rest_ = {};
+    // The next word t of the root s has (2 s B + t) t <= (rest B + next) B = n B, B = 10^16: n / 2s
+    // without the second-order term t^2 / 2sB < 50 leaves t within one.
+    void second(u64 s, u64 rest, u64 next) {
+        const u64 twice = 2 * s;
+        const u128 n = static_cast<u128>(rest) * word_base + next;
+        const u64 q = low(n / twice);
+        u64 t = q - low(static_cast<u128>(q) * q / twice) / word_base;
+        // rest_ is n B - (2 s B + t) t; its parts are far below 2^127.
+        const s128 above = static_cast<s128>(n) - static_cast<s128>(twice) * t;
+        s128 r = above * s128{word_base} - static_cast<s128>(static_cast<u128>(t) * t);
+        u128 root = static_cast<u128>(s) * word_base + t;
+        for (; r < 0; --t) r += static_cast<s128>(2 * root-- - 1);
+        for (; r > static_cast<s128>(2 * root); ++t) r -= static_cast<s128>(2 * root++ + 1);
+        words = {{s, t, 0}};
+        root_ = root;
+        rest_ = static_cast<u128>(r);
+    }
+
+    // The same for the root S of two words, R = rest_ and no digits to come: the second-order term
+    // is below 1. From 62 bits of 2 S the estimate is off by two at most.
+    void third() {
+        const u128 twice = 2 * root_;
+        const int shift = 128 - 62 - leading_zeros(high(twice));
+        const u128 upper = static_cast<u128>(high(rest_)) * word_base;
+        const u128 lower = static_cast<u128>(low(rest_)) * word_base;
+        const u128 middle = upper + high(lower);  // rest_ B = middle 2^64 + low(lower)
+        u64 t = low((middle << (64 - shift) | low(lower) >> shift) / (twice >> shift));
+        // rest_ B - 2 S t, below 2^127 in size; with `fits` for t, times B it is t^2 at least.
+        s128 above = static_cast<s128>((middle << 64 | low(lower)) - twice * t);
+        const auto fits = [](s128 v, u64 x) {
+            return v >= s128{word_base} ||
+                   (v >= 0 && static_cast<u128>(v) * word_base >= static_cast<u128>(x) * x);
+        };
+        for (; !fits(above, t); --t) above += static_cast<s128>(twice);
+        for (; fits(above - static_cast<s128>(twice), t + 1); ++t) {
+            above -= static_cast<s128>(twice);
+        }
+        words.word[2] = t;
+    }
+
+    u128 root_;
+    u128 rest_;
 };
 
 }  // namespace
@@ -102,13 +102,7 @@ extern "C" sword QZCICalcNumSqrt(const QZCICalcNumber *operand, QZCICalcNumber *
     }
     // The first digit of an even power of 100 is alone in giving the root's first digit.
     const int exponent = exponent_of(a);
-    const auto d = join(moved_back(digits_of(a), exponent % 2 == 0 ? 1 : 0));
-    const u64 word[root_groups] = {d.word[0], d.word[1], d.word[2]};
-    RootDigits digits(word[0], word[1]);
-    u64 group[root_groups];
-    for (int i = 2; i < root_groups; ++i) group[i] = digits.next(word[i]);
-    set_normalized(*result, false, exponent >> 1,
-                   split({{digits.start, group[2] * group_base + group[3],
-                           group[4] * group_base + group[5]}}));
+    const auto x = join(moved_back(digits_of(a), exponent % 2 == 0 ? 1 : 0));
+    set_digits(*result, false, exponent >> 1, digit_words::split(RootWords(x).words));
     return OCI_SUCCESS;
 }
