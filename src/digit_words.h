@@ -109,6 +109,17 @@ inline void store(ub1 *p, ub8 x) {
     std::memcpy(p, &x, sizeof x);
 }
 
+// Of a word's first four bytes, its upper half.
+inline ub8 load_half(const ub1 *p) {
+    ub8 x = 0;
+    std::memcpy(&x, p, 4);
+    return std::endian::native == std::endian::little ? __builtin_bswap64(x) : x;
+}
+inline void store_half(ub1 *p, ub8 x) {
+    x = big_endian(x);
+    std::memcpy(p, &x, 4);
+}
+
 // Turns digit bytes into digits and back, in every byte: (x ^ flip) + offset is x - 1 or
 // 101 - x (~x + 1 + 101), and x + 1 or 101 - x. A digit byte out of its range becomes a digit
 // of 100 or more, at least the lowest such byte, whose neighbours below borrow nothing from it.
@@ -149,20 +160,20 @@ inline void write_digits(OCINumber &n, bool negative, const Digits &d) {
     const Coding encode = encodings[negative];
     store(bytes, encode(d.word[0]));
     store(bytes + 8, encode(d.word[1]));
-    auto last = static_cast<ub4>(encode(d.word[2]) >> 32);
-    if (std::endian::native == std::endian::little) last = __builtin_bswap32(last);
-    std::memcpy(bytes + 16, &last, sizeof last);
+    store_half(bytes + 16, encode(d.word[2]));
 }
 
-// Writes the first `count` digit bytes, at most 16, and leaves what stands behind them.
+// Writes the first `count` digit bytes, and leaves what stands behind them.
 inline void write_first_digits(OCINumber &n, bool negative, const Digits &d, unsigned count) {
+    ub1 *const bytes = n.OCINumberPart + 2;
     const Coding &encode = encodings[negative];
     const Digits &keep = first_digits(count);
-    for (int i = 0; i < 2; ++i) {
-        ub1 *const bytes = n.OCINumberPart + 2 + 8 * i;
-        const ub8 former = load(bytes);
-        store(bytes, ((encode(d.word[i]) ^ former) & keep.word[i]) ^ former);
-    }
+    const auto blend = [&](int i, ub8 former) {
+        return ((encode(d.word[i]) ^ former) & keep.word[i]) ^ former;
+    };
+    store(bytes, blend(0, load(bytes)));
+    store(bytes + 8, blend(1, load(bytes + 8)));
+    store_half(bytes + 16, blend(2, load_half(bytes + 16)));
 }
 
 // ---- Sums -----------------------------------------------------------------

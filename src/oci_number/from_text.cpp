@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "oci_number/call_frame.h"
+#include "oci_utils/digit_text.h"
 #include "oci_utils/oci_utils.h"
 
 using namespace oci_number;
@@ -16,21 +17,25 @@ struct Text {
     const OraText *end() const { return begin + length; }
 };
 
-bool is_digit(OraText c) { return c >= '0' && c <= '9'; }
+// The first character that is neither "0" nor "9".
+const OraText *OCINumberSkipPositions(const OraText *p, const OraText *end) {
+    using namespace digit_words;
+    for (; end - p >= 8; p += 8) {
+        // Of 0 and 9, each of the two bits that 9 has is set where the other is.
+        const ub8 x = load(p) ^ in_every_byte('0');
+        if (((x & ~in_every_byte(9)) | ((x ^ x >> 3) & in_every_byte(1))) != 0) break;
+    }
+    while (p != end && (*p == '0' || *p == '9')) ++p;
+    return p;
+}
 
 // The model: positions "0" and "9" with at most one period; it may be empty.
 sword OCINumberFromTextCheckFmt(const Text &fmt) {
     QZOCI_LOG_DEBUG("call OCINumberFromTextProcessFmt with params [fmt:%.*s]",
                     OCINumberShownLength(fmt.length), fmt.begin);
-    bool has_period = false;
-    for (const OraText *p = fmt.begin; p != fmt.end(); ++p) {
-        if (*p == '.' && !has_period) {
-            has_period = true;
-        } else if (*p != '0' && *p != '9') {
-            return OCI_ERROR;
-        }
-    }
-    return OCI_SUCCESS;
+    const OraText *p = OCINumberSkipPositions(fmt.begin, fmt.end());
+    if (p != fmt.end() && *p == '.') p = OCINumberSkipPositions(p + 1, fmt.end());
+    return p == fmt.end() ? OCI_SUCCESS : OCI_ERROR;
 }
 
 // Matches the text with a valid model. A position is the address of a character,
@@ -43,13 +48,14 @@ sword OCINumberFromTextProcessFmtAndStr(const Text &fmt, const Text &str) {
     while (str_left_position != str.end() && *str_left_position == ' ') ++str_left_position;
     if (str_left_position != str.end() && *str_left_position == '-') ++str_left_position;
     const OraText *str_dot_position = str.end();
-    for (const OraText *p = str_left_position; p != str.end(); ++p) {
-        if (*p == '.') {
-            str_dot_position = p;
-        } else if (!is_digit(*p)) {
+    for (const OraText *p = str_left_position;; ++p) {
+        p = digit_text::skip_digits(p, str.end());
+        if (p == str.end()) break;
+        if (*p != '.') {
             QZOCI_LOG_ERROR("OCINumberFromText get a error character");
             return OCI_ERROR;
         }
+        str_dot_position = p;
     }
 
     // Positions in front that the text leaves out must all be optional; then its

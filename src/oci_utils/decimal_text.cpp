@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "oci_utils/digit_text.h"
 #include "oci_utils/oci_utils.h"
 #include "oci_utils/plain_number.h"
 
@@ -80,8 +81,6 @@ struct TextParts {
     const ub1 *fraction_end;
 };
 
-bool is_digit(ub1 c) { return static_cast<ub1>(c - '0') < 10; }
-
 bool split(const ub1 *p, const ub1 *end, TextParts &text) {
     while (p != end && *p == ' ') ++p;
     text.negative = p != end && *p == '-';
@@ -89,12 +88,12 @@ bool split(const ub1 *p, const ub1 *end, TextParts &text) {
     const ub1 *const digits = p;
     while (p != end && *p == '0') ++p;
     text.integer = p;
-    while (p != end && is_digit(*p)) ++p;
+    p = digit_text::skip_digits(p, end);
     text.integer_end = p;
     bool any = p != digits;
     if (p != end && *p == '.') {
         text.fraction = ++p;
-        while (p != end && is_digit(*p)) ++p;
+        p = digit_text::skip_digits(p, end);
         any |= p != text.fraction;
     } else {
         text.fraction = p;
@@ -130,31 +129,29 @@ extern "C" sword getNumberFromStr(OCINumber *number, ub1 *str, ub4 len) {
         short_pair = zeros % 2 != 0;
     }
 
-    // Decimal places from the first pair on, with zeros where the text has none,
-    // and the place after the last pair that a number keeps, which decides the
-    // rounding.
-    ub1 places[max_decimals + 1];
+    // Decimal places from the first pair on, with zeros where the text has none, as far as a
+    // number keeps them and one more, which decides the rounding.
+    char places[2 * digit_words::window];
     std::memset(places, '0', sizeof places);
-    ub1 *out = places + short_pair;
-    ub1 *const out_end = places + sizeof places;
+    char *out = places + short_pair;
     const auto take = [&](const ub1 *from, const ub1 *to) {
-        const ptrdiff_t n = std::min(to - from, out_end - out);
+        const ptrdiff_t n = std::min<ptrdiff_t>(to - from, places + max_decimals + 1 - out);
         std::memcpy(out, from, static_cast<size_t>(n));
         out += n;
     };
     take(text.integer, text.integer_end);
     take(fraction, text.fraction_end);
 
-    OCINumber value;
-    DigitView digits = new_digits(value, text.negative, exponent);
-    const unsigned count = std::min(static_cast<unsigned>(out - places + 1) / 2, max_digits);
-    for (unsigned i = 0; i < count; ++i) {
-        digits.append(static_cast<unsigned>((places[2 * i] - '0') * 10 + places[2 * i + 1] - '0'));
+    digit_words::Digits digits;
+    for (int i = 0; i < 3; ++i) digits.word[i] = digit_text::digits_of(places + 16 * i);
+    digits.word[2] &= ~ub8{0} << 32;
+    if (places[max_decimals] >= '5' && add_unit(digits, max_digits - 1)) {
+        set_digit(digits, 0, 1);
+        ++exponent;
     }
-    if (places[max_decimals] >= '5') round_up(digits);
-    trim(digits);
-
-    if (finish(digits) == Finished::infinity) return OCI_ERROR;
-    std::memcpy(number, &value, value.OCINumberPart[0] + 1u);
+    if (exponent > max_exponent) return OCI_ERROR;
+    const unsigned count = significant(digits);
+    if (is_in_range(exponent)) write_first_digits(*number, text.negative, digits, count);
+    finish(*number, text.negative, exponent, count);
     return OCI_SUCCESS;
 }
