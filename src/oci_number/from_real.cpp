@@ -4,6 +4,7 @@
 
 #include "oci_malloc.h"
 #include "oci_number/call_frame.h"
+#include "oci_utils/digit_text.h"
 #include "oci_utils/oci_utils.h"
 #include "oci_utils/real_bits.h"
 
@@ -103,6 +104,24 @@ size_t OCINumberShortenMantissa(char *text, size_t length, int &number_exp) {
     return kept;
 }
 
+// The number of a mantissa text, d.ddd of at most 20 places with a sign: digits in pairs from the
+// units on.
+void OCINumberFromMantissa(const char *text, size_t length, OCINumber &number) {
+    const bool negative = text[0] == '-';
+    text += negative;
+    length -= negative;
+    char places[4 * digit_words::digits_per_word];
+    std::memset(places, '0', sizeof places);
+    places[1] = text[0];
+    std::memcpy(places + 2, text + 2, length - 2);
+    const digit_words::Digits digits = {
+        {digit_text::digits_of(places), digit_text::digits_of(places + 16), 0}};
+    if (is_zero(digits)) return set_zero(number);
+    const unsigned count = significant(digits);
+    write_first_digits(number, negative, digits, count);
+    set_frame(number, negative, 0, count);
+}
+
 sword OCINumberFromPrinted(OCIError *err, const PrintedReal &real, char *text, OCINumber *number) {
     int number_exp = real.exponent();
     size_t length;
@@ -125,11 +144,10 @@ sword OCINumberFromPrinted(OCIError *err, const PrintedReal &real, char *text, O
         set_infinity(*number, true);
         return OCI_SUCCESS;
     }
-    OCINumber tmp_number;
-    if (const sword status = getNumberFromStr(&tmp_number, reinterpret_cast<ub1 *>(text),
-                                              static_cast<ub4>(length))) {
-        return status;
-    }
+    if (!real.has_exponent()) return OCI_ERROR;  // a NaN's text, which the codec refuses
+    // Zeros behind the value: the shift copies all bytes.
+    OCINumber tmp_number = {};
+    OCINumberFromMantissa(text, length, tmp_number);
     return OCINumberShift(err, &tmp_number, number_exp, number);
 }
 

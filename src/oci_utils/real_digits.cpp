@@ -3,11 +3,13 @@
 //
 // The value times a power of ten 10^p has the wanted digits before its point, as
 // in U. Adams, "Ryu revisited: printf floating point conversion" (2019).
+#include "digit_words.h"
 #include "oci_utils/natural.h"
 #include "oci_utils/oci_utils.h"
 #include "oci_utils/power_of_ten.h"
 
 using namespace natural;
+using digit_words::word_base;
 
 namespace {
 
@@ -25,6 +27,15 @@ int compare_with_half(ub8 mantissa, int exponent, int p, ub16 floor) {
     return value.compare(half);
 }
 
+struct PowersOfTen {
+    ub16 power[21];
+};
+constexpr PowersOfTen powers_of_ten = [] {
+    PowersOfTen table{{1}};
+    for (int i = 1; i < 21; ++i) table.power[i] = 10 * table.power[i - 1];
+    return table;
+}();
+
 // floor(b * log10(2)), exact for the exponents of a long double: the first
 // multiple of log10(2) that is nearer to an integer than the constant's error
 // lies beyond b = 28738.
@@ -37,8 +48,7 @@ extern "C" int qz_decimal_digits(ub8 mantissa, int exponent, unsigned count, cha
     mantissa <<= shift;
     exponent -= shift;
 
-    ub16 limit = 1;  // 10^count
-    for (unsigned i = 0; i < count; ++i) limit *= 10;
+    const ub16 limit = powers_of_ten.power[count];
     // The first guess is right, or one too low when a power of ten lies between
     // the value and the power of two below it.
     int decimal_exponent = decimal_exponent_of_power_of_2(exponent + 63);
@@ -64,14 +74,12 @@ extern "C" int qz_decimal_digits(ub8 mantissa, int exponent, unsigned count, cha
         ++decimal_exponent;
     }
 
-    constexpr unsigned low_count = 10;
-    const ub16 low_limit = 10'000'000'000;
-    auto high = static_cast<ub8>(number / low_limit);
-    auto low = static_cast<ub8>(number % low_limit);
-    for (unsigned i = count; i-- > 0;) {
-        ub8 &rest = count - i <= low_count ? low : high;
-        digits[i] = static_cast<char>('0' + rest % 10);
-        rest /= 10;
-    }
+    const ub8 high = number >> 64 != 0 ? static_cast<ub8>(number / word_base)
+                                       : static_cast<ub8>(number) / word_base;
+    const auto words = digit_words::split({{high, static_cast<ub8>(number) - high * word_base, 0}});
+    char characters[32];
+    digit_words::write_characters(characters, words.word[0]);
+    digit_words::write_characters(characters + 16, words.word[1]);
+    std::memcpy(digits, characters + sizeof characters - count, count);
     return decimal_exponent;
 }
