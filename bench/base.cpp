@@ -130,6 +130,16 @@ void on_numbers(benchmark::State &state, Signs signs, Call call) {
     });
 }
 
+void cmp(benchmark::State &state) {
+    const auto numbers = random_numbers(20);
+    sword order;
+    run(state, [&](size_t i) {
+        OCINumberCmp(bench_error(), &numbers[i], &numbers[operand_count - 1 - i], &order);
+        benchmark::ClobberMemory();
+    });
+}
+BENCHMARK(cmp);
+
 #define BYTE_OPERATION(name, signs, ...)                                                  \
     void name(benchmark::State &state) {                                                  \
         on_numbers(state, Signs::signs,                                                   \

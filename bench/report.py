@@ -24,29 +24,37 @@ BASE = [
     ("render, 38 digits", "render_number/38", [("to_chars of int128", "render_int128_to_chars/38", 0.5)]),
     ("read, 12 digits", "read_number/12", [("cpp_dec_float<40>", "read_boost/12", 0.5)]),
     ("read, 38 digits", "read_number/38", [("cpp_dec_float<40>", "read_boost/38", 0.5)]),
-    ("`OCINumberFromInt`", "from_int", [("snprintf", "integer_snprintf", 0.5)]),
-    ("`OCINumberToInt`", "to_int", [("snprintf", "integer_snprintf", 0.5)]),
+    ("`OCINumberFromInt`", "from_int",
+     [("snprintf", "integer_snprintf", 0.5), ("`OCINumberAssign`", "assign", 2)]),
+    ("`OCINumberToInt`", "to_int",
+     [("snprintf", "integer_snprintf", 0.5), ("`OCINumberAssign`", "assign", 2)]),
+    ("`OCINumberCmp`", "cmp", [("`OCINumberAssign`", "assign", 1)]),
 ] + [
-    (f"`OCINumber{name}`", ours, [("`OCINumberAssign`", "assign", 4)])
-    for name, ours in [("Abs", "abs_value"), ("Neg", "neg"), ("Shift", "shift"), ("Inc", "inc"),
-                       ("Dec", "dec"), ("Prec", "prec"), ("Round", "round_places"),
-                       ("Trunc", "trunc_places")]
+    (f"`OCINumber{name}`", ours, [("`OCINumberAssign`", "assign", aim)])
+    for name, ours, aim in [("Abs", "abs_value", 4), ("Neg", "neg", 4), ("Shift", "shift", 1.7),
+                            ("Inc", "inc", 4), ("Dec", "dec", 4), ("Prec", "prec", 4),
+                            ("Round", "round_places", 4), ("Trunc", "trunc_places", 4)]
 ]
 TEXT = [
-    ("`OCINumberToText`, TM9", "to_text_tm9", [("cpp_dec_float<40>", "to_text_boost", 0.5)]),
+    ("`OCINumberToText`, TM9", "to_text_tm9", [("cpp_dec_float<40>", "to_text_boost", 0.05)]),
     ("`OCINumberToText`, 20 positions", "to_text_model",
-     [("cpp_dec_float<40>", "to_text_boost_fixed", 0.5)]),
-    ("`OCINumberFromText`", "from_text", [("cpp_dec_float<40>", "from_text_boost", 0.5)]),
+     [("cpp_dec_float<40>", "to_text_boost_fixed", 0.08)]),
+    ("`OCINumberFromText`", "from_text", [("cpp_dec_float<40>", "from_text_boost", 0.3)]),
 ] + [
-    (f"`OCINumberToReal`, {n} digits", f"to_real/{n}", [("strtod", f"to_real_strtod/{n}", 1)])
+    (f"`OCINumberToReal`, {n} digits", f"to_real/{n}", [("strtod", f"to_real_strtod/{n}", 0.6)])
     for n in (6, 15, 38)
 ] + [
     (f"`OCINumberFromReal`, up to 1E{n}", f"from_real/{n}",
-     [("snprintf %.15g", f"from_real_snprintf/{n}", 1)])
+     [("snprintf %.15g", f"from_real_snprintf/{n}", 0.33)])
     for n in (0, 20, 100)
 ]
-BOOST_TARGETS = {"Add": 1, "Sub": 1, "Mul": 1, "Div": 0.3, "Sqrt": 0.25}
-COMPARED = {"Mod", "Ceil", "Floor", "IntPower", "Log"}
+# Ratios aimed at, by peer; of decimal128 for 34 and 12 digits.
+AIMS = {
+    "boost": {"Add": 1, "Sub": 1, "Mul": 1, "Div": 0.15},
+    "arb": {"Sqrt": 0.8},
+    "decimal128": {"Add": (1.2, None), "Sub": (1.2, None), "Mul": (0.8, 1.3), "Div": (0.8, 0.8)},
+}
+COMPARED = {"Mod", "Ceil", "Floor", "IntPower"}
 ORDER = ["Add", "Sub", "Mul", "Div", "Mod", "Sqrt", "Ceil", "Floor", "Exp", "Ln", "Log", "Power",
          "IntPower", "Sin", "Cos", "Tan", "ArcSin", "ArcCos", "ArcTan", "ArcTan2", "HypSin",
          "HypCos", "HypTan"]
@@ -55,12 +63,15 @@ ORDER = ["Add", "Sub", "Mul", "Div", "Mod", "Sqrt", "Ceil", "Floor", "Exp", "Ln"
 def calculations():
     rows = []
     for name in ORDER:
-        elementary = name not in BOOST_TARGETS and name not in COMPARED
-        for digits in (40, 12):
+        algebraic = name in COMPARED or any(name in aims for aims in AIMS.values())
+        for digits in (40, 34, 12):
             key = f"{name}/{digits}/"
-            peers = [("Boost", key + "boost", BOOST_TARGETS.get(name)),
-                     ("MPFR", key + "mpfr", 0.3 if elementary else None),
-                     ("Arb", key + "arb", 1 if elementary else None)]
+            decimal128 = AIMS["decimal128"].get(name, (None, None))
+            peers = [("decimal128", key + "decimal128", decimal128[digits == 12])]
+            if digits != 34:
+                peers += [("Boost", key + "boost", AIMS["boost"].get(name)),
+                          ("MPFR", key + "mpfr", None if algebraic else 0.3),
+                          ("Arb", key + "arb", AIMS["arb"].get(name) if algebraic else 0.5)]
             rows.append((f"`OCINumber{name}`, {digits} digits", key + "oci", peers))
     return rows
 

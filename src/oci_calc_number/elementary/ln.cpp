@@ -36,7 +36,6 @@ void ln_near_one(Real<N> &r, const Real<N> &distance) {
         set_int(one, 1);
         add(one, one, distance);
         div(d, distance, one);
-        d.negative = false;
     }
     Limbs<N> t, sum;
     to_fraction<N>(t, d);
