@@ -116,6 +116,15 @@ inline DigitView digits_of(OCINumber &n) {
     return {n, is_negative(n), real_exponent(n.OCINumberPart[1]), digit_count(n)};
 }
 
+// Copies a record and views the copy's digits. The bytes are looked at before they are copied:
+// loads from bytes just stored wait.
+inline DigitView copy_digits(const OCINumber &from, OCINumber &to) {
+    const DigitView digits{to, is_negative(from), real_exponent(from.OCINumberPart[1]),
+                           digit_count(from)};
+    to = from;
+    return digits;
+}
+
 // Of no digits yet.
 inline DigitView new_digits(OCINumber &n, bool negative, int exponent) {
     return {n, negative, exponent, 0};

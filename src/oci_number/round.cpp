@@ -72,10 +72,9 @@ void OCINumberCut(OCIError *err, DigitView &digits, Cut cut, CutMode mode) {
 
 void OCINumberKeepPlaces(OCIError *err, const OCINumber &number, sword places, CutMode mode,
                          OCINumber &result) {
-    result = number;
-    if (has_zero_exponent(result)) return;
-    DigitView digits = digits_of(result);
-    OCINumberCut(err, digits, OCINumberPlacesCut(digits, places), mode);
+    const bool zero = has_zero_exponent(number);
+    DigitView digits = copy_digits(number, result);
+    if (!zero) OCINumberCut(err, digits, OCINumberPlacesCut(digits, places), mode);
 }
 
 void OCINumberKeepSignificant(OCIError *err, const OCINumber &number, sword n, OCINumber &result) {
@@ -83,10 +82,9 @@ void OCINumberKeepSignificant(OCIError *err, const OCINumber &number, sword n, O
         OCINumberSetZero(err, &result);
         return;
     }
-    result = number;
-    if (has_zero_exponent(result)) return;
-    DigitView digits = digits_of(result);
-    OCINumberCut(err, digits, OCINumberSignificantCut(digits, n), CutMode::round);
+    const bool zero = has_zero_exponent(number);
+    DigitView digits = copy_digits(number, result);
+    if (!zero) OCINumberCut(err, digits, OCINumberSignificantCut(digits, n), CutMode::round);
 }
 
 }  // namespace

@@ -76,8 +76,7 @@ void OCINumberShiftDigits(OCIError *err, const OCINumber &number, sword nDig, OC
         set_infinity(result, is_negative(number));
         return;
     }
-    result = number;
-    DigitView digits = digits_of(result);
+    DigitView digits = copy_digits(number, result);
     digits.exponent += nDig / 2;
     if (nDig % 2 != 0) {
         // One place to the right is one to the left, a whole digit higher.

@@ -15,6 +15,7 @@ int hyperbolic_value(Real<N> &r, Hyperbolic function, const Operand &x) {
     if (function == Hyperbolic::tangent) ++t.exp;
     exp(e, t);
     set_int(one, 1);
+    int difference_exp;
     if (function == Hyperbolic::tangent) {  // (e^2x - 1) / (e^2x + 1)
         Real<N> sum;
         add(sum, e, one);
@@ -23,16 +24,16 @@ int hyperbolic_value(Real<N> &r, Hyperbolic function, const Operand &x) {
             r = t;
             return 0;
         }
+        difference_exp = t.exp;
         div(r, t, sum);
     } else {  // (e^x +- e^-x) / 2
         div(t, one, e);
         add(r, e, t, function == Hyperbolic::sine);
         if (is_zero(r)) return 0;
-        t = r;
-        --r.exp;
+        difference_exp = r.exp--;
     }
     r.negative = x.negative && function != Hyperbolic::cosine;
-    const int cancelled = e.exp - t.exp;
+    const int cancelled = e.exp - difference_exp;
     return bits - (cancelled > 0 ? cancelled : 0);
 }
 

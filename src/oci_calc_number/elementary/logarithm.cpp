@@ -8,7 +8,8 @@ namespace {
 
 // Behind the rounded digits.
 constexpr size_t place = sizeof(Digits);
-static_assert(place + sizeof(Logarithm) <= sizeof QZCICalcNumber::data_part);
+static_assert(sizeof(Logarithm) % sizeof(ub8) == 0 &&
+              place + sizeof(Logarithm) <= sizeof QZCICalcNumber::data_part);
 
 Logarithm logarithm_of(const QZCICalcNumber &n) {
     Logarithm log;
@@ -19,7 +20,10 @@ Logarithm logarithm_of(const QZCICalcNumber &n) {
 }  // namespace
 
 void set_logarithm(QZCICalcNumber &n, const Logarithm &log) {
-    std::memcpy(reinterpret_cast<ub1 *>(n.data_part) + place, &log, sizeof log);
+    // Word by word, as it was written: a wider load would wait for the stores to finish.
+    auto *const to = reinterpret_cast<ub1 *>(n.data_part) + place;
+    const auto *const from = reinterpret_cast<const ub1 *>(&log);
+    for (size_t i = 0; i < sizeof log; i += sizeof(ub8)) std::memcpy(to + i, from + i, sizeof(ub8));
     n.num_infinity = static_cast<sb1>(Kind::logarithm);
 }
 
