@@ -43,24 +43,29 @@ inline void set_digit(Digits &d, unsigned index, unsigned digit) {
     d.word[index / 8] |= ub8{digit} << (56 - 8 * (index % 8));
 }
 
-// The digits moved back by `count`, zeros in front; what leaves the window is lost. Whole words
-// are chosen by an address, as counts are hard to predict.
-inline Digits moved_back(const Digits &d, unsigned count) {
-    const ub8 padded[] = {0, 0, 0, d.word[0], d.word[1], d.word[2]};
-    const ub8 *const w = padded + 3 - (count < window ? count / 8 : 3);
+// The digits moved back by `count`, zeros in front; what leaves the window is lost.
+inline Digits moved_back(Digits d, unsigned count) {
+    if (count >= 16) {
+        d = {{0, 0, count < window ? d.word[0] : 0}};
+    } else if (count >= 8) {
+        d = {{0, d.word[0], d.word[1]}};
+    }
     const unsigned bits = 8 * (count % 8);
     // Two shifts, as one by 64 is not defined.
-    return {{w[0] >> bits, w[1] >> bits | w[0] << 1 << (63 - bits),
-             w[2] >> bits | w[1] << 1 << (63 - bits)}};
+    return {{d.word[0] >> bits, d.word[1] >> bits | d.word[0] << 1 << (63 - bits),
+             d.word[2] >> bits | d.word[1] << 1 << (63 - bits)}};
 }
 
 // The digits moved forward by `count` < 24, zeros behind.
-inline Digits moved_forward(const Digits &d, unsigned count) {
-    const ub8 padded[] = {d.word[0], d.word[1], d.word[2], 0, 0};
-    const ub8 *const w = padded + count / 8;
+inline Digits moved_forward(Digits d, unsigned count) {
+    if (count >= 16) {
+        d = {{d.word[2], 0, 0}};
+    } else if (count >= 8) {
+        d = {{d.word[1], d.word[2], 0}};
+    }
     const unsigned bits = 8 * (count % 8);
-    return {{w[0] << bits | w[1] >> 1 >> (63 - bits), w[1] << bits | w[2] >> 1 >> (63 - bits),
-             w[2] << bits}};
+    return {{d.word[0] << bits | d.word[1] >> 1 >> (63 - bits),
+             d.word[1] << bits | d.word[2] >> 1 >> (63 - bits), d.word[2] << bits}};
 }
 
 // How many zeros stand in front; not for zero.

@@ -23,7 +23,8 @@ const OraText *OCINumberSkipPositions(const OraText *p, const OraText *end) {
     for (; end - p >= 8; p += 8) {
         // Of 0 and 9, each of the two bits that 9 has is set where the other is.
         const ub8 x = load(p) ^ in_every_byte('0');
-        if (((x & ~in_every_byte(9)) | ((x ^ x >> 3) & in_every_byte(1))) != 0) break;
+        const ub8 others = (x & ~in_every_byte(9)) | ((x ^ x >> 3) & in_every_byte(1));
+        if (others != 0) return p + std::countl_zero(others) / 8;
     }
     while (p != end && (*p == '0' || *p == '9')) ++p;
     return p;

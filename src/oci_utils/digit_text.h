@@ -10,9 +10,10 @@ inline const ub1 *skip_digits(const ub1 *p, const ub1 *end) {
     using namespace digit_words;
     constexpr ub8 top_bits = in_every_byte(128);
     for (; end - p >= 8; p += 8) {
-        // 0 to 9 stay below 128 with 118 added.
+        // 0 to 9 stay below 128 with 118 added; the first byte is the top one.
         const ub8 x = load(p) ^ in_every_byte('0');
-        if ((((x + in_every_byte(118)) | x) & top_bits) != 0) break;
+        const ub8 others = (((x & ~top_bits) + in_every_byte(118)) | x) & top_bits;
+        if (others != 0) return p + std::countl_zero(others) / 8;
     }
     while (p != end && static_cast<ub1>(*p - '0') < 10) ++p;
     return p;
