@@ -75,11 +75,12 @@ void set_groups(QZCICalcNumber &n, bool negative, int pos, ub4 top, u64 pair1, u
     const u64 groups1 = grouped(pair1), groups2 = grouped(pair2);
     const TwoWords front =
         split_groups({u64{top} << 32 | groups1 >> 32, groups1 << 32 | groups2 >> 32});
-    const TwoWords back = split_groups({0, groups2 << 32 | last});
-    const Digits d = {{front.high, front.low, back.low}};
-    const int first = digits_in(top);
+    const u64 back = split_groups({0, groups2 << 32 | last}).low;
+    // Moved forward over the zeros in front, three at most.
+    const int first = digits_in(top), bits = 8 * (4 - first);
     set_digits(n, negative, 4 * pos + first - 1,
-               moved_forward(d, static_cast<unsigned>(4 - first)));
+               {{front.high << bits | front.low >> 1 >> (63 - bits),
+                 front.low << bits | back >> 1 >> (63 - bits), back << bits}});
 }
 
 }  // namespace
@@ -102,14 +103,13 @@ bool round_to_record(QZCICalcNumber &result, const Real<N> &v, int bits, Undecid
     constexpr int unit_bits = 133;
     const int certain = std::min(bits, scale_bits<N>) - 1 - unit_bits;
     bool up = f[N - 1] >> 63 != 0;
-    // The distance to one half, at most an ulp too small, against the error.
-    Limbs<N> distance;
+    // The distance to one half, at most an ulp too small, against the error: f, or its
+    // complement, without the top bit.
     const u64 mask = up ? 0 : ~u64{0};
-    for (int i = 0; i < N; ++i) distance[i] = f[i] ^ mask;
-    distance[N - 1] ^= u64{1} << 63;
-    int zeros = 0, i = N - 1;
-    while (i > 0 && distance[i] == 0) --i, zeros += 64;
-    zeros += leading_zeros(distance[i]);
+    u64 distance = f[N - 1] ^ mask ^ u64 { 1 } << 63;
+    int zeros = 0;
+    for (int i = N - 2; distance == 0 && i >= 0; --i, zeros += 64) distance = f[i] ^ mask;
+    zeros += leading_zeros(distance);
     if (zeros >= certain - 1) {
         if (undecided == Undecided::retry) return false;
         if (undecided != Undecided::nearest) up = undecided == Undecided::away_from_zero;

@@ -150,12 +150,17 @@ sword QZCICalcNumLn(const QZCICalcNumber *operand, QZCICalcNumber *result) {
         set_zero(*result);
         return OCI_SUCCESS;
     }
-    Logarithm log{x, {}};
-    round_by_passes(*result, [&log]<int N>(Real<N> &r) {
-        ln(r, log.x);
-        set_width(log.value, r);
+    round_by_passes(*result, [&]<int N>(Real<N> &r) {
+        ln(r, x);
+        if constexpr (N == 3) {
+            keep_logarithm(*result, x, r);
+        } else {
+            Real<3> narrow;
+            set_width(narrow, r);
+            keep_logarithm(*result, x, narrow);
+        }
         return ln_bits<N>;
     });
-    set_logarithm(*result, log);
+    mark_logarithm(*result);
     return OCI_SUCCESS;
 }

@@ -1,5 +1,7 @@
 #include "oci_calc_number/elementary/logarithm.h"
 
+#include <cstddef>
+
 #include "oci_calc_number/binary/rounding.h"
 #include "oci_calc_number/elementary/kernels.h"
 
@@ -19,12 +21,18 @@ Logarithm logarithm_of(const QZCICalcNumber &n) {
 
 }  // namespace
 
-void set_logarithm(QZCICalcNumber &n, const Logarithm &log) {
-    // Word by word, as it was written: a wider load would wait for the stores to finish.
-    auto *const to = reinterpret_cast<ub1 *>(n.data_part) + place;
-    const auto *const from = reinterpret_cast<const ub1 *>(&log);
-    for (size_t i = 0; i < sizeof log; i += sizeof(ub8)) std::memcpy(to + i, from + i, sizeof(ub8));
-    n.num_infinity = static_cast<sb1>(Kind::logarithm);
+// Word by word, as they were written: a wider load would wait for the stores to finish.
+void keep_logarithm(QZCICalcNumber &n, const Operand &x, const Real<3> &value) {
+    auto *to = reinterpret_cast<ub1 *>(n.data_part) + place;
+    const auto keep = [&to](const void *part, size_t size) {
+        const auto *from = static_cast<const ub1 *>(part);
+        for (; size > 0; size -= sizeof(ub8), to += sizeof(ub8), from += sizeof(ub8)) {
+            std::memcpy(to, from, sizeof(ub8));
+        }
+    };
+    static_assert(offsetof(Logarithm, value) == sizeof x);
+    keep(&x, sizeof x);
+    keep(&value, sizeof value);
 }
 
 // Two logarithms' errors and a division's.

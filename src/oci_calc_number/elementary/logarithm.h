@@ -13,8 +13,11 @@ struct Logarithm {
     Real<3> value;  // ln x, with a relative error below 2^-ln_bits<3>
 };
 
-// Makes `n`, which holds the rounded value, the record of the logarithm.
-void set_logarithm(QZCICalcNumber &n, const Logarithm &log);
+// Keeps the logarithm beside the digits of a record, which need not be set yet.
+void keep_logarithm(QZCICalcNumber &n, const Operand &x, const Real<3> &value);
+inline void mark_logarithm(QZCICalcNumber &n) {
+    n.num_infinity = static_cast<sb1>(Kind::logarithm);
+}
 
 // Rounds a / b, two records with is_logarithm. The quotient may be one of them.
 sword divide_logarithms(const QZCICalcNumber &a, const QZCICalcNumber &b, QZCICalcNumber &quotient);
