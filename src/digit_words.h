@@ -35,7 +35,8 @@ inline bool is_zero(const Digits &d) { return (d.word[0] | d.word[1] | d.word[2]
 
 // The digit of an index below 24.
 inline unsigned digit_at(const Digits &d, unsigned index) {
-    return static_cast<unsigned>(d.word[index / 8] >> (56 - 8 * (index % 8)) & 0xff);
+    const ub8 word = index < 8 ? d.word[0] : index < 16 ? d.word[1] : d.word[2];
+    return static_cast<unsigned>(word >> (56 - 8 * (index % 8)) & 0xff);
 }
 
 // Sets a digit that is zero.
@@ -71,14 +72,14 @@ inline Digits moved_forward(Digits d, unsigned count) {
 // How many zeros stand in front; not for zero.
 inline unsigned leading_zeros(const Digits &d) {
     unsigned i = 0;
-    while (d.word[i] == 0) ++i;
+    while (i < 2 && d.word[i] == 0) ++i;
     return 8 * i + static_cast<unsigned>(std::countl_zero(d.word[i])) / 8;
 }
 
 // How many digits there are up to the last that is not zero; not for zero.
 inline unsigned significant(const Digits &d) {
     unsigned last = 2;
-    while (d.word[last] == 0) --last;
+    while (last > 0 && d.word[last] == 0) --last;
     return 8 * (last + 1) - static_cast<unsigned>(std::countr_zero(d.word[last])) / 8;
 }
 

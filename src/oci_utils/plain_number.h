@@ -26,7 +26,8 @@ inline bool read(const OCINumber &n, PlainNumber &p) {
     if (!read_digits(n, negative, stored, digits)) return false;
     // Zero digits at both ends are no part of the value, whatever form is stored.
     unsigned zeros = 0, count = stored;
-    if (digits.word[0] >> 56 == 0 || digit_at(digits, stored - 1) == 0) [[unlikely]] {
+    if (stored == 0 || digits.word[0] >> 56 == 0 || digit_at(digits, stored - 1) == 0)
+        [[unlikely]] {
         if (stored == 0 && !number_bytes::is_zero(n)) return false;
         count = 0;
         if (!is_zero(digits)) {

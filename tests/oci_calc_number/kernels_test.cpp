@@ -259,6 +259,37 @@ TEST_F(Kernels, Compositions) {
     }
 }
 
+TEST_F(Kernels, ExactPowers) {
+    struct Row {
+        const char *x, *y, *power;
+        bool exact;
+    };
+    for (const auto &[x, y, power, exact] : {
+             Row{"5.5", "2", "30.25", true},
+             {"5.5", "2", "30.26", false},
+             {"30.25", "0.5", "5.5", true},
+             {"915.0625", "0.25", "5.5", true},
+             {"915.0625", "0.75", "166.375", true},
+             {"915.0625", "0.75", "166.376", false},
+             {"243", "0.2", "3", true},
+             {"243", "0.4", "9", true},
+             {"244", "0.4", "9", false},
+             {"9", "-0.5", "3", false},
+             {"16", "-0.25", "0.5", true},
+             {"0.0625", "1.25", "0.03125", true},
+             {"2", "10", "1024", true},
+             {"2", "10", "1025", false},
+             {"20", "3", "8000", true},
+             {"3", "81", "443426488243037769948249630619149892803", true},
+             {"3", "82", "443426488243037769948249630619149892803", false},
+             {"3", "4097", "3", false},
+             {"7", "1", "7", true},
+         }) {
+        const Operand a(x), b(y), c(power);
+        EXPECT_EQ(calc::is_power(a.decimal, b.decimal, c.decimal), exact) << x << " " << y;
+    }
+}
+
 // Powers of 10^8 and their neighbours, where the scaling's own truncation moves the value
 // across the limb's border.
 TEST_F(Kernels, RoundingNextToPowersOfTheLimbBase) {

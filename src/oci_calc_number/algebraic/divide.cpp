@@ -132,7 +132,7 @@ Joined quotient(const Digits &a, const Digits &b) {
     // A divisor of one word: the same with a rest of one word.
     const Joined x = join(dividend);
     u64 d = join(b).word[0];
-    const int shift = leading_zeros(d);
+    const int shift = __builtin_clzll(d);
     d <<= shift;
     const u64 v = reciprocal_of(d);
     const u64 brought[] = {x.word[1], x.word[2], 0};

@@ -84,6 +84,9 @@ int hyperbolic_value(Real<N> &r, Hyperbolic function, const Operand &x);
 template <int N>
 int power_value(Real<N> &r, const Operand &x, const Operand &y);
 
+// Whether x^y is exactly v; x and v positive, of at most 40 and 41 digits.
+bool is_power(const Operand &x, const Operand &y, const Operand &v);
+
 // ln x / ln y
 template <int N>
 int logarithm_quotient(Real<N> &r, const Operand &x, const Operand &y);

@@ -57,13 +57,16 @@ bool exact_root(u64 *root, const u64 *m, u64 n) {
     return small_power(power, root, n) && compare<3>(power, m) == 0;
 }
 
+constexpr u64 max_root = 85;        // 3^86 > 10^41
+constexpr u64 max_exponent = 4096;  // 2^y and 5^y have left the range long before
+
+}  // namespace
+
 // Whether |x|^y is exactly `v`. With y = p/q in lowest terms x^p = v^q: the exponents
 // of 2 and 5 agree, and the rest of x is z^q, that of v z^p, for one integer z. x has 40
 // digits and v, a midpoint, 41, so z > 1, which is 3 at least, allows p and q up to
 // max_root; z = 1 leaves q to divide exponents below 2^9. So q, whose primes are 2 and 5,
 // divides 10^8, and y has at most 8 decimals.
-constexpr u64 max_root = 85;        // 3^86 > 10^41
-constexpr u64 max_exponent = 4096;  // 2^y and 5^y have left the range long before
 bool is_power(const Operand &x, const Operand &y, const Operand &v) {
     if (y.pos < -1 || y.pos > 0 || (y.m[1] | y.m[2]) != 0) return false;
     u64 p = y.m[0], q = y.pos < 0 ? digit_words::group_base : 1;
@@ -81,6 +84,8 @@ bool is_power(const Operand &x, const Operand &y, const Operand &v) {
     return exact_root(root, a.rest, q) && small_power(power, root, p) &&
            compare<3>(power, b.rest) == 0;
 }
+
+namespace {
 
 // The midpoint above |down|, a value of at most 20 base-100 digits: half a unit of its 20th
 // digit more.
