@@ -291,8 +291,8 @@ TEST_F(Kernels, ExactPowers) {
 }
 
 // Powers of 10^8 and their neighbours, where the scaling's own truncation moves the value
-// across the limb's border.
-TEST_F(Kernels, RoundingNextToPowersOfTheLimbBase) {
+// across the group's border.
+TEST_F(Kernels, RoundingNextToPowersOfTheGroupBase) {
     for (int k = -15; k <= 15; ++k) {
         const std::string want = "1e" + std::to_string(8 * k);
         const Operand x(want);
