@@ -33,8 +33,10 @@ inline bool is_logarithm(const QZCICalcNumber &n) {
     return n.num_infinity == static_cast<sb1>(Kind::logarithm);
 }
 
-// Finite, not zero, and nothing more than its digits.
-inline bool is_plain(const QZCICalcNumber &n) { return (n.num_infinity | n.is_zero) == 0; }
+// Both finite, not zero, and nothing more than their digits: one test for the usual case.
+inline bool are_plain(const QZCICalcNumber &a, const QZCICalcNumber &b) {
+    return (a.num_infinity | a.is_zero | b.num_infinity | b.is_zero) == 0;
+}
 
 // The digits of a finite value that is not zero, and the power of 100 of the first.
 inline Digits digits_of(const QZCICalcNumber &n) {

@@ -13,7 +13,7 @@ struct Outcome {
 };
 
 Outcome call(OCIError *err, const std::vector<std::string> &c) {
-    const auto &[function, input, model, given] = std::tie(c[0], c[1], c[2], c[4]);
+    const std::string &function = c[0], &input = c[1], &model = c[2], &given = c[4];
     const auto is_given = [&given](char mark) { return given.find(mark) != given.npos; };
     ub4 size = static_cast<ub4>(std::stoul(c[3]));
     OCINumber out[2] = {number({}), number({})};

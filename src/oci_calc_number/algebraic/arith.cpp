@@ -47,7 +47,7 @@ void add_finite(const QZCICalcNumber &a, const QZCICalcNumber &b, bool subtract,
 }
 
 sword add(const QZCICalcNumber &a, const QZCICalcNumber &b, bool subtract, QZCICalcNumber &result) {
-    if (is_plain(a) & is_plain(b)) [[likely]] {
+    if (are_plain(a, b)) [[likely]] {
         add_finite(a, b, subtract, result);
         return OCI_SUCCESS;
     }
@@ -148,7 +148,7 @@ extern "C" sword QZCICalcNumMul(const QZCICalcNumber *operand1, const QZCICalcNu
     const QZCICalcNumber &a = *operand1;
     const QZCICalcNumber &b = *operand2;
     const bool negative = is_negative(a) != is_negative(b);
-    if (is_plain(a) & is_plain(b)) [[likely]] {
+    if (are_plain(a, b)) [[likely]] {
         set_normalized(*result, negative, any_exponent(exponent_of(a) + exponent_of(b) + 1),
                        product(digits_of(a), digits_of(b)));
     } else if (is_infinite(a) || is_infinite(b)) {
