@@ -9,6 +9,7 @@
 #include <array>
 #include <bit>
 #include <cstring>
+#include <utility>
 
 #include "number_bytes.h"
 
@@ -25,13 +26,16 @@ inline constexpr ub8 word_base = ub8{group_base} * group_base;  // of a joined w
 
 constexpr ub8 in_every_byte(unsigned b) { return 0x0101010101010101u * b; }
 
-// 24 digits: the 20 of a number and four behind them.
+// 24 digits: the 20 of a number and four behind them. Code that runs often names the words rather
+// than to loop over them, which keeps them in registers.
 struct Digits {
     ub8 word[3];
 };
 inline constexpr unsigned window = 24;
+inline constexpr ub8 first_digit_1 = ub8{1} << 56;
 
 inline bool is_zero(const Digits &d) { return (d.word[0] | d.word[1] | d.word[2]) == 0; }
+inline bool has_first(const Digits &d) { return d.word[0] >> 56 != 0; }
 
 // The digit of an index below 24.
 inline unsigned digit_at(const Digits &d, unsigned index) {
@@ -39,9 +43,12 @@ inline unsigned digit_at(const Digits &d, unsigned index) {
     return static_cast<unsigned>(word >> (56 - 8 * (index % 8)) & 0xff);
 }
 
-// Sets a digit that is zero.
-inline void set_digit(Digits &d, unsigned index, unsigned digit) {
-    d.word[index / 8] |= ub8{digit} << (56 - 8 * (index % 8));
+// Adds to a digit that stays below 256.
+inline void add_to_digit(Digits &d, unsigned index, unsigned digit) {
+    const ub8 placed = ub8{digit} << (56 - 8 * (index % 8));
+    d.word[0] += index < 8 ? placed : 0;
+    d.word[1] += index / 8 == 1 ? placed : 0;
+    d.word[2] += index >= 16 ? placed : 0;
 }
 
 // The digits moved back by `count`, zeros in front; what leaves the window is lost.
@@ -71,16 +78,18 @@ inline Digits moved_forward(Digits d, unsigned count) {
 
 // How many zeros stand in front; not for zero.
 inline unsigned leading_zeros(const Digits &d) {
-    unsigned i = 0;
-    while (i < 2 && d.word[i] == 0) ++i;
-    return 8 * i + static_cast<unsigned>(std::countl_zero(d.word[i])) / 8;
+    const auto [before, word] = d.word[0] != 0   ? std::pair{0u, d.word[0]}
+                                : d.word[1] != 0 ? std::pair{8u, d.word[1]}
+                                                 : std::pair{16u, d.word[2]};
+    return before + static_cast<unsigned>(std::countl_zero(word)) / 8;
 }
 
 // How many digits there are up to the last that is not zero; not for zero.
 inline unsigned significant(const Digits &d) {
-    unsigned last = 2;
-    while (last > 0 && d.word[last] == 0) --last;
-    return 8 * (last + 1) - static_cast<unsigned>(std::countr_zero(d.word[last])) / 8;
+    const auto [end, word] = d.word[2] != 0   ? std::pair{24u, d.word[2]}
+                             : d.word[1] != 0 ? std::pair{16u, d.word[1]}
+                                              : std::pair{8u, d.word[0]};
+    return end - static_cast<unsigned>(std::countr_zero(word)) / 8;
 }
 
 // The mask of a window's first `count` digits, 0 to 24.
@@ -94,6 +103,13 @@ inline constexpr auto first_digits_masks = [] {
     return masks;
 }();
 inline const Digits &first_digits(unsigned count) { return first_digits_masks[count]; }
+
+// Whether there are digits from the index on, up to 24; all of them when it is negative.
+inline bool has_digits_from(const Digits &d, int index) {
+    const Digits &before = first_digits(static_cast<unsigned>(index < 0 ? 0 : index));
+    return ((d.word[0] & ~before.word[0]) | (d.word[1] & ~before.word[1]) |
+            (d.word[2] & ~before.word[2])) != 0;
+}
 
 // ---- Digit bytes ----------------------------------------------------------
 
@@ -121,56 +137,69 @@ inline void store_half(ub1 *p, ub8 x) {
     std::memcpy(p, &x, 4);
 }
 
-// Turns digit bytes into digits and back, in every byte: (x ^ flip) + offset is x - 1 or
-// 101 - x (~x + 1 + 101), and x + 1 or 101 - x. A digit byte out of its range becomes a digit
+// Digit bytes are digits under a sign: (byte ^ flip) - bias is byte - 1, or 101 - byte, which is
+// 255 - byte - 154; (digit + bias) ^ flip is the way back. A byte out of its range becomes a digit
 // of 100 or more, at least the lowest such byte, whose neighbours below borrow nothing from it.
-struct Coding {
-    ub8 zeros;  // the bytes of zero digits
-    ub8 flip;
-    ub8 offset;
-    ub8 operator()(ub8 x) const { return (x ^ flip) + offset; }
+constexpr ub8 bias(ub8 flip) { return in_every_byte(1) + (flip & in_every_byte(153)); }
+inline ub8 encode(ub8 digits, ub8 flip) { return (digits + bias(flip)) ^ flip; }
+
+// What to keep of the 20 digit bytes, and the bias in it, by the number of the value's bytes,
+// exponent byte included: there may be none. Once for positive and once for negative values.
+struct Reading {
+    Digits keep;
+    Digits bias;
 };
-// For positive values, and for negative ones.
-inline constexpr Coding decodings[] = {{in_every_byte(1), 0, ~in_every_byte(1) + 1},
-                                       {in_every_byte(101), ~ub8{0}, in_every_byte(101) + 1}};
-inline constexpr Coding encodings[] = {{in_every_byte(1), 0, in_every_byte(1)},
-                                       {in_every_byte(101), ~ub8{0}, in_every_byte(101) + 1}};
+inline constexpr unsigned readings_per_sign = number_bytes::max_length + 1;
+inline constexpr auto readings = [] {
+    std::array<Reading, 2 * readings_per_sign> all{};
+    for (unsigned row = 0; row < all.size(); ++row) {
+        const unsigned bytes = row % readings_per_sign;
+        const ub8 sign_bias = bias(number_bytes::flip(row >= readings_per_sign));
+        all[row].keep = first_digits_masks[bytes == 0 ? 0 : bytes - 1];
+        for (int i = 0; i < 3; ++i) all[row].bias.word[i] = all[row].keep.word[i] & sign_bias;
+    }
+    return all;
+}();
 
-// Non-zero exactly when there is a byte above 99.
-inline ub8 above_99(ub8 x) { return (x | (x + in_every_byte(28))) & in_every_byte(128); }
+// Not 0 exactly when there is a digit above 99.
+inline ub8 above_99(const Digits &d) {
+    constexpr ub8 raise = in_every_byte(28);
+    const ub8 either = d.word[0] | d.word[1] | d.word[2] | (d.word[0] + raise) |
+                       (d.word[1] + raise) | (d.word[2] + raise);
+    return either & in_every_byte(128);
+}
 
-// Reads the first `count` digit bytes of a record, at most 20, with zeros behind them. False
-// when one is out of its range.
-inline bool read_digits(const OCINumber &n, bool negative, unsigned count, Digits &d) {
-    const ub1 *const bytes = n.OCINumberPart + 2;
-    const Coding &decode = decodings[negative];
-    const Digits &keep = first_digits(count);
-    const auto read = [&](ub8 loaded, ub8 mask) {
-        return decode(((loaded ^ decode.zeros) & mask) ^ decode.zeros);
+// Reads the digits of a record whose value has `bytes` bytes, at most 21; zeros behind them.
+inline Digits read_any_digits(const OCINumber &n, ub8 flip, unsigned bytes) {
+    const ub1 *const digits = n.OCINumberPart + 2;
+    const Reading &reading = readings[bytes + (flip & readings_per_sign)];
+    const auto read = [&](ub8 loaded, int i) {
+        return ((loaded ^ flip) & reading.keep.word[i]) - reading.bias.word[i];
     };
-    d.word[0] = read(load(bytes), keep.word[0]);
-    d.word[1] = read(load(bytes + 8), keep.word[1]);
-    // The last four bytes are the lower half of the word that ends with them.
-    d.word[2] = read(load(bytes + 12) << 32, keep.word[2]);
-    return (above_99(d.word[0]) | above_99(d.word[1]) | above_99(d.word[2])) == 0;
+    return {{read(load(digits), 0), read(load(digits + 8), 1), read(load_half(digits + 16), 2)}};
+}
+
+// Reads the first `count` digits; false when one is out of its range.
+inline bool read_digits(const OCINumber &n, bool negative, unsigned count, Digits &d) {
+    d = read_any_digits(n, number_bytes::flip(negative), count + 1);
+    return above_99(d) == 0;
 }
 
 // Writes all 20 digit bytes.
 inline void write_digits(OCINumber &n, bool negative, const Digits &d) {
     ub1 *const bytes = n.OCINumberPart + 2;
-    const Coding encode = encodings[negative];
-    store(bytes, encode(d.word[0]));
-    store(bytes + 8, encode(d.word[1]));
-    store_half(bytes + 16, encode(d.word[2]));
+    const ub8 flip = number_bytes::flip(negative);
+    store(bytes, encode(d.word[0], flip));
+    store(bytes + 8, encode(d.word[1], flip));
+    store_half(bytes + 16, encode(d.word[2], flip));
 }
 
 // Writes the first `count` digit bytes, and leaves what stands behind them.
 inline void write_first_digits(OCINumber &n, bool negative, const Digits &d, unsigned count) {
     ub1 *const bytes = n.OCINumberPart + 2;
-    const Coding &encode = encodings[negative];
     const Digits &keep = first_digits(count);
     const auto blend = [&](int i, ub8 former) {
-        return ((encode(d.word[i]) ^ former) & keep.word[i]) ^ former;
+        return ((encode(d.word[i], number_bytes::flip(negative)) ^ former) & keep.word[i]) ^ former;
     };
     store(bytes, blend(0, load(bytes)));
     store(bytes + 8, blend(1, load(bytes + 8)));
@@ -186,39 +215,38 @@ inline ub8 without_bias(ub8 x) { return x - (x >> 7 & in_every_byte(1)) * 156; }
 // a + b, or a - b with `subtract`, then |a| >= |b|; less one unit of the last digit with
 // `less`, then subtract. Returns the carry out of the first digit of a sum.
 inline ub8 combine(Digits &a, const Digits &b, bool subtract, bool less) {
-    const ub8 flip = subtract ? ~ub8{0} : 0;
-    const ub8 bias = subtract ? 0 : in_every_byte(156);
+    const ub8 flip = number_bytes::flip(subtract);
+    const ub8 bias = ~flip & in_every_byte(156);
     ub8 carry = subtract && !less;
-    for (int i = 2; i >= 0; --i) {
-        const ub8 raised = a.word[i] + carry;  // its bytes stay below 128
-        const ub8 sum = raised + (b.word[i] ^ flip) + bias;
+    const auto combine_word = [&](ub8 &x, ub8 y) {
+        const ub8 raised = x + carry;  // its bytes stay below 128
+        const ub8 sum = raised + ((y ^ flip) + bias);
         carry = sum < raised;
-        a.word[i] = without_bias(sum);
-    }
-    return subtract ? 0 : carry;
+        x = without_bias(sum);
+    };
+    combine_word(a.word[2], b.word[2]);
+    combine_word(a.word[1], b.word[1]);
+    combine_word(a.word[0], b.word[0]);
+    return carry & ~flip;
 }
 
-// Whether |a| < |b| for digits of the same exponent.
-inline bool less(const Digits &a, const Digits &b) {
-    if (a.word[0] != b.word[0]) return a.word[0] < b.word[0];
-    if (a.word[1] != b.word[1]) return a.word[1] < b.word[1];
-    return a.word[2] < b.word[2];
+// Exchanges where the mask has ones.
+inline void exchange(ub8 mask, ub8 &a, ub8 &b) {
+    const ub8 difference = (a ^ b) & mask;
+    a ^= difference;
+    b ^= difference;
 }
-
-inline void exchange_if(bool condition, Digits &a, Digits &b) {
-    const ub8 mask = condition ? ~ub8{0} : 0;
-    for (int i = 0; i < 3; ++i) {
-        const ub8 difference = (a.word[i] ^ b.word[i]) & mask;
-        a.word[i] ^= difference;
-        b.word[i] ^= difference;
-    }
+inline void exchange(ub8 mask, Digits &a, Digits &b) {
+    exchange(mask, a.word[0], b.word[0]);
+    exchange(mask, a.word[1], b.word[1]);
+    exchange(mask, a.word[2], b.word[2]);
 }
 
 // Adds one to the digit of the index; there are only zeros behind it. Returns true when the
 // carry runs over the first digit: all are zero then.
 inline bool add_unit(Digits &d, unsigned index) {
     Digits unit = {};
-    set_digit(unit, index, 1);
+    add_to_digit(unit, index, 1);
     return combine(d, unit, false, false) != 0;
 }
 
@@ -297,25 +325,31 @@ inline TwoWords split_groups(TwoWords x) { return {split_groups(x.high), split_g
 
 #endif
 
-// The integers below 10^16 that the words' digits stand for, and back.
-struct Joined {
-    ub8 word[3];
-};
-
+// The integers below 10^16 that two words of digits stand for, and back.
 inline ub8 joined(ub8 groups) { return (groups >> 32) * group_base + static_cast<ub4>(groups); }
 inline ub8 grouped(ub8 joined) {
     const ub8 high = joined / group_base;
     return high << 32 | (joined - high * group_base);
 }
+inline TwoWords join(TwoWords digits) {
+    const TwoWords groups = join_groups(digits);
+    return {joined(groups.high), joined(groups.low)};
+}
+inline TwoWords split(TwoWords integers) {
+    return split_groups({grouped(integers.high), grouped(integers.low)});
+}
 
+// The same for three words.
+struct Joined {
+    ub8 word[3];
+};
 inline Joined join(const Digits &d) {
-    const TwoWords front = join_groups({d.word[0], d.word[1]});
-    const TwoWords back = join_groups({0, d.word[2]});
-    return {{joined(front.high), joined(front.low), joined(back.low)}};
+    const TwoWords front = join(TwoWords{d.word[0], d.word[1]});
+    return {{front.high, front.low, join(TwoWords{0, d.word[2]}).low}};
 }
 inline Digits split(const Joined &j) {
-    const TwoWords front = split_groups({grouped(j.word[0]), grouped(j.word[1])});
-    return {{front.high, front.low, split_groups({0, grouped(j.word[2])}).low}};
+    const TwoWords front = split(TwoWords{j.word[0], j.word[1]});
+    return {{front.high, front.low, split(TwoWords{0, j.word[2]}).low}};
 }
 
 // ---- Characters ------------------------------------------------------------

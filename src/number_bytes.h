@@ -51,14 +51,19 @@ inline bool has_positive_exponent(const OCINumber &n) {
     return n.OCINumberPart[1] > zero_exponent_byte;
 }
 
-// The complement of the exponent byte turns the sign: 62 - E is that of 193 + E. Signs are as
-// good as random, so they choose by masks rather than branches.
-constexpr unsigned flip(bool negative) { return negative * 0xffu; }
+// A sign as a mask that turns bytes. Signs are as good as random, so they choose by masks rather
+// than branches.
+constexpr ub8 flip(bool negative) { return ub8{0} - negative; }
+
+// The complement of the exponent byte turns the sign: 62 - E is that of 193 + E.
+constexpr int real_exponent(ub1 exponent_byte, ub8 flip) {
+    return static_cast<int>((exponent_byte ^ flip) & 0xff) - 193;
+}
 constexpr int real_exponent(ub1 exponent_byte) {
-    return static_cast<int>(exponent_byte ^ flip(is_negative(exponent_byte))) - 193;
+    return real_exponent(exponent_byte, flip(is_negative(exponent_byte)));
 }
 constexpr ub1 exponent_byte(bool negative, int exponent) {
-    return static_cast<ub1>(static_cast<unsigned>(193 + exponent) ^ flip(negative));
+    return static_cast<ub1>(static_cast<ub8>(193 + exponent) ^ flip(negative));
 }
 
 constexpr ub1 turn_digit_byte(ub1 b) { return static_cast<ub1>(102 - b); }
@@ -67,12 +72,15 @@ constexpr ub1 turn_digit_byte(ub1 b) { return static_cast<ub1>(102 - b); }
 constexpr ub1 decode_digit(bool negative, ub1 b) {
     return static_cast<ub1>(negative ? 101 - b : b - 1);
 }
-// Digit bytes of a record with a valid length. No digit byte is 102, so a final
-// byte 102 is always the ending byte.
-inline unsigned digit_count(const OCINumber &n) {
+// Exponent and digit bytes of a record with a valid length. No digit byte is 102, so a final
+// byte 102 is always the ending byte; with a length byte of 1 the exponent byte may look like it.
+inline unsigned value_bytes(const OCINumber &n) {
     const unsigned length = n.OCINumberPart[0];
-    const bool ends = n.OCINumberPart[length] == ending_byte;
-    return length - 1 - (ends & (length > 1));
+    return length - (n.OCINumberPart[length] == ending_byte);
+}
+inline unsigned digit_count(const OCINumber &n) {
+    const unsigned bytes = value_bytes(n);
+    return bytes - (bytes > 0);
 }
 
 // Sets length byte, exponent byte and the ending byte around `count` digit

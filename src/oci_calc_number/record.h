@@ -33,10 +33,13 @@ inline bool is_logarithm(const QZCICalcNumber &n) {
     return n.num_infinity == static_cast<sb1>(Kind::logarithm);
 }
 
-// Both finite, not zero, and nothing more than their digits: one test for the usual case.
-inline bool are_plain(const QZCICalcNumber &a, const QZCICalcNumber &b) {
-    return (a.num_infinity | a.is_zero | b.num_infinity | b.is_zero) == 0;
-}
+// A finite value outside a record: what the algebraic functions compute with, in registers.
+// Zero has no digits; otherwise the first is not zero.
+struct Finite {
+    Digits digits;
+    int exponent;  // power of 100 of the first digit
+    bool negative;
+};
 
 // The digits of a finite value that is not zero, and the power of 100 of the first.
 inline Digits digits_of(const QZCICalcNumber &n) {
@@ -52,7 +55,7 @@ inline int compare_to_one(const QZCICalcNumber &x) {
     if (is_infinite(x)) return 1;
     if (exponent_of(x) != 0) return exponent_of(x) < 0 ? -1 : 1;
     const Digits d = digits_of(x);
-    return d.word[0] == ub8{1} << 56 && (d.word[1] | d.word[2]) == 0 ? 0 : 1;
+    return d.word[0] == digit_words::first_digit_1 && (d.word[1] | d.word[2]) == 0 ? 0 : 1;
 }
 
 // Whether |n| >= limit, for n finite and not zero, 1 <= limit < 10^4.
@@ -89,23 +92,44 @@ inline void set_digits(QZCICalcNumber &n, bool negative, int exponent, const Dig
     set_fields(n, negative, Kind::finite, exponent, false, d);
 }
 
-// An exponent that is no sb1 is that of a product or quotient far out of the range, as the
-// nearest sb1 is. Zeros in front of a result take no more than two digits off it.
-inline int any_exponent(int exponent) { return std::clamp(exponent, -126, 127); }
+inline Finite finite_of(const QZCICalcNumber &n) {
+    return {digits_of(n), exponent_of(n), is_negative(n)};
+}
 
-// The same for digits that may begin with zeros, or be all zero.
-inline void set_normalized(QZCICalcNumber &n, bool negative, int exponent, const Digits &d) {
-    if (d.word[0] >> 56 != 0) [[likely]]
-        return set_digits(n, negative, exponent, d);
-    if (is_zero(d)) return set_zero(n);
-    const unsigned zeros = leading_zeros(d);
-    set_digits(n, negative, exponent - static_cast<int>(zeros), moved_forward(d, zeros));
+// Moves digits that may begin with zeros, or be all zero, to the front.
+inline void normalize(Finite &f) {
+    if (digit_words::has_first(f.digits)) [[likely]]
+        return;
+    if (is_zero(f.digits)) return;
+    const unsigned zeros = leading_zeros(f.digits);
+    f.exponent -= static_cast<int>(zeros);
+    f.digits = moved_forward(f.digits, zeros);
+}
+
+// The same where the first digit may be zero, but not the second as well: in products and
+// quotients either is as likely, and no branch depends on it.
+inline void normalize_once(Finite &f) {
+    const bool zero = !digit_words::has_first(f.digits);
+    const unsigned bits = zero ? 8 : 0;
+    const auto &[first, second, third] = f.digits.word;
+    f.digits = {{first << bits | second >> 1 >> (63 - bits),
+                 second << bits | third >> 1 >> (63 - bits), third << bits}};
+    f.exponent -= zero;
+}
+
+// An exponent that is no sb1 is that of a product or quotient far out of the range; it becomes
+// the nearest sb1.
+inline void set_finite(QZCICalcNumber &n, const Finite &f) {
+    if (!digit_words::has_first(f.digits)) return set_zero(n);
+    set_digits(n, f.negative, std::clamp(f.exponent, -128, 127), f.digits);
 }
 
 // An integer below 10^16.
-inline void set_integer(QZCICalcNumber &n, bool negative, ub8 value) {
+[[gnu::noinline]] inline void set_integer(QZCICalcNumber &n, bool negative, ub8 value) {
     constexpr int last = digit_words::digits_per_word - 1;
-    set_normalized(n, negative, last, digit_words::split({{value, 0, 0}}));
+    Finite integer{digit_words::split({{value, 0, 0}}), last, negative};
+    normalize(integer);
+    set_finite(n, integer);
 }
 
 // Copies a record's value.
@@ -114,12 +138,11 @@ inline void copy(QZCICalcNumber &to, const QZCICalcNumber &from) {
                exponent_of(from), from.is_zero != 0, digits_of(from));
 }
 
-// The digits of the integer part of a value from 1 up; none of a smaller one, all from 100^23 up.
-inline Digits integer_mask(const QZCICalcNumber &n) {
-    const int places = exponent_of(n) + 1;
-    return digit_words::first_digits(static_cast<unsigned>(places < 0    ? 0
-                                                           : places > 24 ? 24
-                                                                         : places));
+// The digits of the integer part of a value from 1 up with this exponent; none of a smaller one,
+// all from 100^23 up.
+inline const Digits &integer_mask(int exponent) {
+    const int places = std::clamp(exponent + 1, 0, int{digit_words::window});
+    return digit_words::first_digits(static_cast<unsigned>(places));
 }
 
 }  // namespace calc

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <iterator>
 
+#include "oci_calc_number/algebraic/algebraic.h"
+#include "oci_calc_number/convert.h"
 #include "oci_calc_number/oci_calc_number.h"
 #include "oci_number/call_frame.h"
 #include "oci_utils/oci_utils.h"
@@ -19,15 +21,27 @@ using two_param_calcnumber_call = sword (*)(const QZCICalcNumber *operand1,
                                             const QZCICalcNumber *operand2, QZCICalcNumber *result);
 using one_param_calcnumber_call = sword (*)(const QZCICalcNumber *operand, QZCICalcNumber *result);
 
-// The engine's function, and the name that traces and messages show.
+using calc::Finite;
+using TwoFinite = Finite (*)(const Finite &a, const Finite &b);
+using OneFinite = Finite (*)(const Finite &a);
+
+// The engine's function, the name that traces and messages show, and what an algebraic function
+// does with finite operands that are not zero: those take no records.
 struct TwoParamCall {
     two_param_calcnumber_call calculate;
     const char *func_name;
+    TwoFinite of_finite;
 };
 struct OneParamCall {
     one_param_calcnumber_call calculate;
     const char *func_name;
+    OneFinite of_finite;
 };
+
+inline Finite add(const Finite &a, const Finite &b) { return calc::sum(a, b, false); }
+inline Finite subtract(const Finite &a, const Finite &b) { return calc::sum(a, b, true); }
+inline Finite ceiling(const Finite &a) { return calc::integer_part(a, !a.negative); }
+inline Finite floor(const Finite &a) { return calc::integer_part(a, a.negative); }
 
 enum two_params_calcfunc_index : ub4 {
     OCINumberAddIndex,
@@ -40,13 +54,13 @@ enum two_params_calcfunc_index : ub4 {
     OCINumberTwoParamIndexMax
 };
 constexpr TwoParamCall two_param_calls[] = {
-    {QZCICalcNumAdd, "OCINumberAdd"},      //
-    {QZCICalcNumDiv, "OCINumberDiv"},      //
-    {QZCICalcNumMul, "OCINumberMul"},      //
-    {QZCICalcNumPower, "OCINumberPower"},  //
-    {QZCICalcNumSub, "OCINumberSub"},      //
-    {QZCICalcNumMod, "OCINumberMod"},      //
-    {QZCICalcNumAtan2, "OCINumberArcTan2"},
+    {QZCICalcNumAdd, "OCINumberAdd", add},
+    {QZCICalcNumDiv, "OCINumberDiv", calc::quotient},
+    {QZCICalcNumMul, "OCINumberMul", calc::product},
+    {QZCICalcNumPower, "OCINumberPower", nullptr},
+    {QZCICalcNumSub, "OCINumberSub", subtract},
+    {QZCICalcNumMod, "OCINumberMod", calc::remainder},
+    {QZCICalcNumAtan2, "OCINumberArcTan2", nullptr},
 };
 static_assert(std::size(two_param_calls) == OCINumberTwoParamIndexMax);
 
@@ -68,20 +82,20 @@ enum one_param_calcfunc_index : ub4 {
     OCINumberOneParamIndexMax
 };
 constexpr OneParamCall one_param_calls[] = {
-    {QZCICalcNumSinWithRound, "OCINumberSin"},  //
-    {QZCICalcNumCosWithRound, "OCINumberCos"},  //
-    {QZCICalcNumTanWithRound, "OCINumberTan"},  //
-    {QZCICalcNumAsin, "OCINumberArcSin"},       //
-    {QZCICalcNumAcos, "OCINumberArcCos"},       //
-    {QZCICalcNumAtan, "OCINumberArcTan"},       //
-    {QZCICalcNumSinh, "OCINumberHypSin"},       //
-    {QZCICalcNumCosh, "OCINumberHypCos"},       //
-    {QZCICalcNumTanh, "OCINumberHypTan"},       //
-    {QZCICalcNumCeil, "OCINumberCeil"},         //
-    {QZCICalcNumExp, "OCINumberExp"},           //
-    {QZCICalcNumFloor, "OCINumberFloor"},       //
-    {QZCICalcNumLn, "OCINumberLn"},             //
-    {QZCICalcNumSqrt, "OCINumberSqrt"},
+    {QZCICalcNumSinWithRound, "OCINumberSin", nullptr},
+    {QZCICalcNumCosWithRound, "OCINumberCos", nullptr},
+    {QZCICalcNumTanWithRound, "OCINumberTan", nullptr},
+    {QZCICalcNumAsin, "OCINumberArcSin", nullptr},
+    {QZCICalcNumAcos, "OCINumberArcCos", nullptr},
+    {QZCICalcNumAtan, "OCINumberArcTan", nullptr},
+    {QZCICalcNumSinh, "OCINumberHypSin", nullptr},
+    {QZCICalcNumCosh, "OCINumberHypCos", nullptr},
+    {QZCICalcNumTanh, "OCINumberHypTan", nullptr},
+    {QZCICalcNumCeil, "OCINumberCeil", ceiling},
+    {QZCICalcNumExp, "OCINumberExp", nullptr},
+    {QZCICalcNumFloor, "OCINumberFloor", floor},
+    {QZCICalcNumLn, "OCINumberLn", nullptr},
+    {QZCICalcNumSqrt, "OCINumberSqrt", calc::square_root},
 };
 static_assert(std::size(one_param_calls) == OCINumberOneParamIndexMax);
 
@@ -110,6 +124,25 @@ sword OCINumberStoreResult(OCIError *err, const QZCICalcNumber &calc_result, OCI
     return OCI_SUCCESS;
 }
 
+// By way of records: elementary functions, and operands that are zero, infinite, not in normal
+// form or no numbers.
+[[gnu::noinline]] sword OCINumberTwoParamRecords(OCIError *err, const OCINumber *number1,
+                                                 const OCINumber *number2, OCINumber *result,
+                                                 ub4 index) {
+    const char *const func_name = two_param_calls[index].func_name;
+    QZCICalcNumber calc_number1, calc_number2, calc_result;
+    sword status = QZCICalcNumFromNumber(&calc_number1, number1);
+    if (status == OCI_SUCCESS) status = QZCICalcNumFromNumber(&calc_number2, number2);
+    if (status != OCI_SUCCESS) {
+        return OCINumberEngineFailure(err, func_name, "QZCICalcNumFromNumber", status);
+    }
+    status = two_param_calls[index].calculate(&calc_number1, &calc_number2, &calc_result);
+    if (status != OCI_SUCCESS) {
+        return OCINumberEngineFailure(err, func_name, "QZCICalcFunc", status);
+    }
+    return OCINumberStoreResult(err, calc_result, result, func_name);
+}
+
 [[gnu::always_inline]] inline sword OCINumberTwoParamChecked(OCIError *err,
                                                              const OCINumber *number1,
                                                              const OCINumber *number2,
@@ -119,18 +152,13 @@ sword OCINumberStoreResult(OCIError *err, const QZCICalcNumber &calc_result, OCI
     if (check_zero == 1 && is_zero(*number2)) return OCINumberError22056(err, number1);
     if (index == OCINumberArcTan2Index && is_zero(*number2)) return OCINumberError22060(err, 3);
 
-    const auto &[calculate, func_name] = two_param_calls[index];
-    QZCICalcNumber calc_number1, calc_number2, calc_result;
-    sword status = QZCICalcNumFromNumber(&calc_number1, number1);
-    if (status == OCI_SUCCESS) status = QZCICalcNumFromNumber(&calc_number2, number2);
-    if (status != OCI_SUCCESS) {
-        return OCINumberEngineFailure(err, func_name, "QZCICalcNumFromNumber", status);
+    const TwoFinite of_finite = two_param_calls[index].of_finite;
+    Finite a, b;
+    if (of_finite != nullptr && (read_finite(*number1, a) | read_finite(*number2, b)) == 0) {
+        write_finite(of_finite(a, b), *result);
+        return OCI_SUCCESS;
     }
-    status = calculate(&calc_number1, &calc_number2, &calc_result);
-    if (status != OCI_SUCCESS) {
-        return OCINumberEngineFailure(err, func_name, "QZCICalcFunc", status);
-    }
-    return OCINumberStoreResult(err, calc_result, result, func_name);
+    return OCINumberTwoParamRecords(err, number1, number2, result, index);
 }
 
 // Arc sine and arc cosine take -1 to 1.
@@ -161,11 +189,8 @@ sword OCINumberCheckDomain(OCIError *err, const OCINumber *number, ub4 index) {
     }
 }
 
-[[gnu::always_inline]] inline sword OCINumberOneParamChecked(OCIError *err, const OCINumber *number,
-                                                             OCINumber *result, ub4 index) {
-    if (const sword status = OCINumberCheckThreeParams(err, number, result)) return status;
-    if (const sword status = OCINumberCheckDomain(err, number, index)) return status;
-
+[[gnu::noinline]] sword OCINumberOneParamRecords(OCIError *err, const OCINumber *number,
+                                                 OCINumber *result, ub4 index) {
     const char *const func_name = one_param_calls[index].func_name;
     QZCICalcNumber calc_number, calc_result;
     sword status = QZCICalcNumFromNumber(&calc_number, number);
@@ -179,9 +204,23 @@ sword OCINumberCheckDomain(OCIError *err, const OCINumber *number, ub4 index) {
     return OCINumberStoreResult(err, calc_result, result, func_name);
 }
 
-}  // namespace
+[[gnu::always_inline]] inline sword OCINumberOneParamChecked(OCIError *err, const OCINumber *number,
+                                                             OCINumber *result, ub4 index) {
+    if (const sword status = OCINumberCheckThreeParams(err, number, result)) return status;
+    if (const sword status = OCINumberCheckDomain(err, number, index)) return status;
 
-[[gnu::noinline]] sword oci_number::OCINumberTwoParamMathCall(OCIError *err,
+    const OneFinite of_finite = one_param_calls[index].of_finite;
+    Finite a;
+    if (of_finite != nullptr && read_finite(*number, a) == 0) {
+        write_finite(of_finite(a), *result);
+        return OCI_SUCCESS;
+    }
+    return OCINumberOneParamRecords(err, number, result, index);
+}
+
+// The dispatchers. Where the index is a constant, what a sum, a ceiling and a floor do with finite
+// operands is part of the function.
+[[gnu::always_inline]] inline sword OCINumberTwoParamDispatch(OCIError *err,
                                                               const OCINumber *number1,
                                                               const OCINumber *number2,
                                                               OCINumber *result, ub4 index,
@@ -193,13 +232,9 @@ sword OCINumberCheckDomain(OCIError *err, const OCINumber *number, ub4 index) {
     return OCI_NUMBER_RETURN(func_name, status);
 }
 
-[[gnu::noinline]] sword oci_number::OCINumberOneParamMathCall(OCIError *err,
+[[gnu::always_inline]] inline sword OCINumberOneParamDispatch(OCIError *err,
                                                               const OCINumber *number,
                                                               OCINumber *result, ub4 index) {
-    if (index >= OCINumberOneParamIndexMax) {
-        QZOCI_LOG_ERROR("OCINumberOneParamMathCall get a invalid index %u", index);
-        return OCI_ERROR;
-    }
     const char *const func_name = one_param_calls[index].func_name;
     QZOCI_LOG_DEBUG("call %s with params [err:%p] [number:%p] [result:%p]", func_name, err, number,
                     result);
@@ -207,14 +242,34 @@ sword OCINumberCheckDomain(OCIError *err, const OCINumber *number, ub4 index) {
     return OCI_NUMBER_RETURN(func_name, status);
 }
 
+}  // namespace
+
+[[gnu::noinline]] sword oci_number::OCINumberTwoParamMathCall(OCIError *err,
+                                                              const OCINumber *number1,
+                                                              const OCINumber *number2,
+                                                              OCINumber *result, ub4 index,
+                                                              boolean check_zero) {
+    return OCINumberTwoParamDispatch(err, number1, number2, result, index, check_zero);
+}
+
+[[gnu::noinline]] sword oci_number::OCINumberOneParamMathCall(OCIError *err,
+                                                              const OCINumber *number,
+                                                              OCINumber *result, ub4 index) {
+    if (index >= OCINumberOneParamIndexMax) {
+        QZOCI_LOG_ERROR("OCINumberOneParamMathCall get a invalid index %u", index);
+        return OCI_ERROR;
+    }
+    return OCINumberOneParamDispatch(err, number, result, index);
+}
+
 extern "C" sword OCINumberAdd(OCIError *err, const OCINumber *number1, const OCINumber *number2,
                               OCINumber *result) {
-    return OCINumberTwoParamMathCall(err, number1, number2, result, OCINumberAddIndex, false);
+    return OCINumberTwoParamDispatch(err, number1, number2, result, OCINumberAddIndex, false);
 }
 
 extern "C" sword OCINumberSub(OCIError *err, const OCINumber *number1, const OCINumber *number2,
                               OCINumber *result) {
-    return OCINumberTwoParamMathCall(err, number1, number2, result, OCINumberSubIndex, false);
+    return OCINumberTwoParamDispatch(err, number1, number2, result, OCINumberSubIndex, false);
 }
 
 extern "C" sword OCINumberMul(OCIError *err, const OCINumber *number1, const OCINumber *number2,
@@ -279,7 +334,7 @@ extern "C" sword OCINumberHypTan(OCIError *err, const OCINumber *number, OCINumb
 }
 
 extern "C" sword OCINumberCeil(OCIError *err, const OCINumber *number, OCINumber *result) {
-    return OCINumberOneParamMathCall(err, number, result, OCINumberCeilIndex);
+    return OCINumberOneParamDispatch(err, number, result, OCINumberCeilIndex);
 }
 
 extern "C" sword OCINumberExp(OCIError *err, const OCINumber *number, OCINumber *result) {
@@ -287,7 +342,7 @@ extern "C" sword OCINumberExp(OCIError *err, const OCINumber *number, OCINumber 
 }
 
 extern "C" sword OCINumberFloor(OCIError *err, const OCINumber *number, OCINumber *result) {
-    return OCINumberOneParamMathCall(err, number, result, OCINumberFloorIndex);
+    return OCINumberOneParamDispatch(err, number, result, OCINumberFloorIndex);
 }
 
 extern "C" sword OCINumberLn(OCIError *err, const OCINumber *number, OCINumber *result) {

@@ -66,7 +66,8 @@ inline bool OCINumberIsUsable(const OCINumber *number) {
 }
 
 // Reports the first of the arguments that is not usable: the handle, number 1 as argument 2,
-// number 2 as argument 3, or else the result. Returns the status.
+// number 2 as argument 3, or else the result. Returns the status, never OCI_SUCCESS: the callers
+// below tell the compiler, which then reads no length byte twice.
 sword OCINumberReportParams(OCIError *err, const OCINumber *number1, const OCINumber *number2,
                             ub4 result_argument);
 
@@ -78,7 +79,9 @@ inline sword OCINumberCheckThreeParams(OCIError *err, const OCINumber *number, c
     if (err != nullptr && OCINumberIsUsable(number) && result != nullptr) [[likely]] {
         return OCI_SUCCESS;
     }
-    return OCINumberReportParams(err, number, number, result_argument);
+    const sword status = OCINumberReportParams(err, number, number, result_argument);
+    if (status == OCI_SUCCESS) __builtin_unreachable();
+    return status;
 }
 inline sword OCINumberCheckFourParams(OCIError *err, const OCINumber *number1,
                                       const OCINumber *number2, const void *result) {
@@ -86,7 +89,9 @@ inline sword OCINumberCheckFourParams(OCIError *err, const OCINumber *number1,
         result != nullptr) [[likely]] {
         return OCI_SUCCESS;
     }
-    return OCINumberReportParams(err, number1, number2, 4);
+    const sword status = OCINumberReportParams(err, number1, number2, 4);
+    if (status == OCI_SUCCESS) __builtin_unreachable();
+    return status;
 }
 inline sword OCINumberCheckCountParams(OCIError *err, const OCINumber *number, const void *result) {
     return OCINumberCheckThreeParams(err, number, result, 4);

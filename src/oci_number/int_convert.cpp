@@ -36,23 +36,25 @@ struct Integer {
 bool OCINumberIntegerPart(const plain_number::PlainNumber &p, Integer &integer) {
     constexpr int max_digits_of_integer = 10;
     integer = {p.negative, 0};
-    if (p.count == 0 || p.exponent < 0) return true;
+    if (!has_first(p.digits) || p.exponent < 0) return true;
     if (p.exponent >= max_digits_of_integer) return false;
     // The digits down to the units, moved to the end of two words.
     constexpr int units = 2 * int{digit_words::digits_per_word} - 1;
     const auto joined = join(moved_back(p.digits, static_cast<unsigned>(units - p.exponent)));
-    const ub8 high = joined.word[0];  // at most four digits
+    const ub8 high = joined.word[0];                      // at most four digits
+    const ub8 limit = ~ub8{0} - (flip(p.negative) >> 1);  // no branch depends on the sign
     return !__builtin_mul_overflow(high, word_base, &integer.magnitude) &&
            !__builtin_add_overflow(integer.magnitude, joined.word[1], &integer.magnitude) &&
-           (!p.negative || integer.magnitude <= ub8{1} << 63);
+           integer.magnitude <= limit;
 }
 
 template <class Native>
 sword OCINumberStoreInteger(OCIError *err, Integer integer, uword rsl_length, void *rsl) {
-    const ub8 bits = integer.negative ? ~integer.magnitude + 1 : integer.magnitude;
+    const ub8 sign = flip(integer.negative);
+    const ub8 bits = (integer.magnitude ^ sign) - sign;
     // Only the unsigned 8-byte integer holds what lies above the signed range.
     const auto value = static_cast<sb8>(bits);
-    const bool above_signed = value < 0 && !integer.negative;
+    const bool above_signed = (bits & ~sign) >> 63 != 0;
     using limits = std::numeric_limits<Native>;
     if (!std::is_same_v<Native, ub8> &&
         (above_signed || value < sb8{limits::min()} || value > static_cast<sb8>(limits::max()))) {
@@ -67,14 +69,18 @@ sword OCINumberStoreInteger(OCIError *err, Integer integer, uword rsl_length, vo
 
 sword OCINumberToIntChecked(OCIError *err, const OCINumber *number, uword rsl_length,
                             uword rsl_flag, void *rsl) {
-    if (is_negative_infinity(*number) || is_positive_infinity(*number)) {
-        return OCINumberOverflow(err);
-    }
     // The integer is that of the number's decimal text in a buffer of this size, so what has no
     // text, or a longer one, has no integer.
     constexpr int text_size = 44;
+    // From 1 to below 10^20 it is shorter.
+    const auto fits = [](const plain_number::PlainNumber &p) {
+        return static_cast<unsigned>(p.exponent) < 10 || shape_of(p).length() <= text_size;
+    };
     plain_number::PlainNumber p;
-    if (!plain_number::read(*number, p) || shape_of(p).length() > text_size) {
+    if (!plain_number::read(*number, p) || !fits(p)) {
+        if (is_negative_infinity(*number) || is_positive_infinity(*number)) {
+            return OCINumberOverflow(err);
+        }
         OCINumberSetError(err, 1458, "%s-01458: invalid length inside variable character string",
                           qzci_ora_prefix());
         QZOCI_LOG_ERROR("fail to get str from number");
@@ -115,7 +121,7 @@ Integer OCINumberLoadInteger(const void *inum) {
     std::memcpy(&value, inum, sizeof value);
     const auto bits = static_cast<ub8>(value);  // sign-extended
     const bool negative = std::is_signed_v<Native> && bits >> 63 != 0;
-    return {negative, negative ? ~bits + 1 : bits};
+    return {negative, (bits ^ flip(negative)) + negative};
 }
 
 // The decimal text of an integer with its digits at the end of two words, `count` of them from
@@ -127,8 +133,9 @@ public:
         digit_words::write_characters(characters_ + 16, digits.word[1]);
         characters_[places] = '\0';
         start_ = places - 2 * count;
-        if (characters_[start_] == '0') ++start_;
-        if (negative) characters_[--start_] = '-';
+        start_ += characters_[start_] == '0';
+        characters_[start_ - 1] = '-';  // there is room: an integer has 20 places
+        start_ -= negative;
     }
     const char *text() const { return characters_ + start_; }
     unsigned length() const { return places - start_; }
@@ -162,7 +169,9 @@ sword OCINumberFromIntChecked(OCIError *err, const void *inum, uword inum_length
         default: return OCINumberBadIntegerLength(err, inum_length);
     }
     const auto [negative, magnitude] = integer;
-    const Digits digits = digit_words::split({{magnitude / word_base, magnitude % word_base, 0}});
+    const auto [high, low] =
+        split(digit_words::TwoWords{magnitude / word_base, magnitude % word_base});
+    const Digits digits{{high, low, 0}};
     constexpr unsigned places = 2 * digit_words::digits_per_word;
     const unsigned count = magnitude == 0 ? 1 : places - leading_zeros(digits);
     const IntegerText shown(negative, digits, count);

@@ -146,7 +146,7 @@ extern "C" sword getNumberFromStr(OCINumber *number, ub1 *str, ub4 len) {
     for (int i = 0; i < 3; ++i) digits.word[i] = digit_text::digits_of(places + 16 * i);
     digits.word[2] &= ~ub8{0} << 32;
     if (places[max_decimals] >= '5' && add_unit(digits, max_digits - 1)) {
-        set_digit(digits, 0, 1);
+        add_to_digit(digits, 0, 1);
         ++exponent;
     }
     if (exponent > max_exponent) return OCI_ERROR;

@@ -20,24 +20,23 @@ struct PlainNumber {
 inline bool read(const OCINumber &n, PlainNumber &p) {
     using namespace number_bytes;
     if (!has_valid_length(n)) return false;
-    const bool negative = is_negative(n);
-    const unsigned stored = digit_count(n);
-    Digits digits;
-    if (!read_digits(n, negative, stored, digits)) return false;
+    const ub1 exponent_byte = n.OCINumberPart[1];
+    const bool negative = is_negative(exponent_byte);
+    Digits digits = digit_words::read_any_digits(n, flip(negative), value_bytes(n));
+    if (above_99(digits) != 0) return false;
+    int exponent = real_exponent(exponent_byte, flip(negative));
     // Zero digits at both ends are no part of the value, whatever form is stored.
-    unsigned zeros = 0, count = stored;
-    if (stored == 0 || digits.word[0] >> 56 == 0 || digit_at(digits, stored - 1) == 0)
-        [[unlikely]] {
-        if (stored == 0 && !number_bytes::is_zero(n)) return false;
-        count = 0;
-        if (!is_zero(digits)) {
-            zeros = leading_zeros(digits);
-            digits = moved_forward(digits, zeros);
-            count = significant(digits);
+    if (!has_first(digits)) [[unlikely]] {
+        if (is_zero(digits)) {
+            if (digit_count(n) == 0 && !number_bytes::is_zero(n)) return false;
+            p = {{}, exponent, 0, false};
+            return true;
         }
+        const unsigned zeros = leading_zeros(digits);
+        digits = moved_forward(digits, zeros);
+        exponent -= static_cast<int>(zeros);
     }
-    p = {digits, real_exponent(n.OCINumberPart[1]) - static_cast<int>(zeros), count,
-         negative && count > 0};
+    p = {digits, exponent, significant(digits), negative};
     return true;
 }
 
@@ -76,17 +75,17 @@ inline void round_places(PlainNumber &p, unsigned places) {
     const bool half = places % 2 != 0;  // of the digit stays
     const Digits &kept = digit_words::first_digits(index);
     for (int i = 0; i < 3; ++i) p.digits.word[i] &= kept.word[i];
-    if (half) set_digit(p.digits, index, digit - digit % 10);
+    if (half) add_to_digit(p.digits, index, digit - digit % 10);
     bool carry = false;
     if (half ? digit % 10 >= 5 : digit >= 50) {
         Digits unit = {};
-        if (half) set_digit(unit, index, 10);
-        if (!half && index > 0) set_digit(unit, index - 1, 1);
+        if (half) add_to_digit(unit, index, 10);
+        if (!half && index > 0) add_to_digit(unit, index - 1, 1);
         carry = (!half && index == 0) || combine(p.digits, unit, false, false) != 0;
     }
     if (carry) {
         p.digits = moved_back(p.digits, 1);
-        set_digit(p.digits, 0, 1);
+        add_to_digit(p.digits, 0, 1);
         ++p.exponent;
     }
     p.count = is_zero(p.digits) ? 0 : significant(p.digits);

@@ -1,56 +1,17 @@
-// Sum, difference, product, floor and ceiling, exact or cut off toward zero behind 24 digits.
-#include <utility>
+// Sum, difference, product, floor and ceiling.
+#include "oci_calc_number/algebraic/algebraic.h"
 #include "oci_calc_number/binary/limbs.h"
-#include "oci_calc_number/record.h"
 
 using namespace calc;
 
 namespace {
 
+using digit_words::group_base;
 using digit_words::Joined;
-using digit_words::split;
-using digit_words::window;
+using digit_words::TwoWords;
 using digit_words::word_base;
 
-// Whether there are digits from the index on, all of them when it is negative.
-bool has_digits_from(const Digits &d, int index) {
-    const Digits &before = digit_words::first_digits(static_cast<unsigned>(index < 0 ? 0 : index));
-    return ((d.word[0] & ~before.word[0]) | (d.word[1] & ~before.word[1]) |
-            (d.word[2] & ~before.word[2])) != 0;
-}
-
-// a + b, or a - b with `subtract`, for finite values that are not zero.
-void add_finite(const QZCICalcNumber &a, const QZCICalcNumber &b, bool subtract,
-                QZCICalcNumber &result) {
-    Digits high = digits_of(a), low = digits_of(b);
-    int exponent = exponent_of(a);
-    int distance = exponent - exponent_of(b);
-    bool negative = is_negative(a);
-    const bool opposite = negative != (is_negative(b) != subtract);
-    // Which is larger is as good as random: no branch depends on it.
-    if (distance < 0 || (distance == 0 && opposite && less(high, low))) {
-        std::swap(high, low);
-        exponent -= distance;
-        distance = -distance;
-        negative ^= opposite;
-    }
-    // Digits that leave the window take the exact difference below what the others give. They
-    // are four places behind the first at least, so the difference keeps 23 digits.
-    const bool cut = opposite && distance > 4 && has_digits_from(low, int{window} - distance);
-    low = moved_back(low, static_cast<unsigned>(distance));
-    if (combine(high, low, opposite, cut) != 0) {
-        high = moved_back(high, 1);
-        high.word[0] |= ub8{1} << 56;
-        ++exponent;
-    }
-    set_normalized(result, negative, exponent, high);
-}
-
 sword add(const QZCICalcNumber &a, const QZCICalcNumber &b, bool subtract, QZCICalcNumber &result) {
-    if (are_plain(a, b)) [[likely]] {
-        add_finite(a, b, subtract, result);
-        return OCI_SUCCESS;
-    }
     const bool b_negative = is_negative(b) != subtract;
     if (is_infinite(a)) {
         if (is_infinite(b) && is_negative(a) != b_negative) return OCI_ERROR;
@@ -63,7 +24,7 @@ sword add(const QZCICalcNumber &a, const QZCICalcNumber &b, bool subtract, QZCIC
         copy(result, b);
         result.num_signed = b_negative ? -1 : 1;
     } else {
-        add_finite(a, b, subtract, result);
+        set_finite(result, sum(finite_of(a), finite_of(b), subtract));
     }
     return OCI_SUCCESS;
 }
@@ -82,56 +43,50 @@ inline Divided divide_by_word_base(u128 x) {
     return {q + low, r - (low ? word_base : 0)};
 }
 
-// The first 24 digits of the product of two integers of 24 digits, 48 in all.
-Digits product(const Digits &a, const Digits &b) {
-    const Joined x = join(a), y = join(b);
+// The first 24 digits of the product of two integers of 24 digits, the last four of them zero:
+// 48 digits in all.
+Digits digits_of_product(const Digits &a, const Digits &b) {
     const auto times = [](ub8 m, ub8 n) { return static_cast<u128>(m) * n; };
-    const Divided top = divide_by_word_base(times(x.word[0], y.word[0]));
+    const auto [x0, y0] = join(TwoWords{a.word[0], b.word[0]});
+    const Divided top = divide_by_word_base(times(x0, y0));
     if ((a.word[1] | a.word[2] | b.word[1] | b.word[2]) == 0) {
-        return split({{top.quotient, top.rest, 0}});
+        const auto [front, back] = split(TwoWords{top.quotient, top.rest});
+        return {{front, back, 0}};
     }
-    // Columns of 10^16: at most three products each, below 2^108. They are divided side by
-    // side; what a quotient adds to the next column leaves carries of 0 to 3.
-    const Divided c3 =
-        divide_by_word_base(times(x.word[0], y.word[1]) + times(x.word[1], y.word[0]));
-    const Divided c2 = divide_by_word_base(
-        times(x.word[0], y.word[2]) + times(x.word[1], y.word[1]) + times(x.word[2], y.word[0]));
-    const Divided c1 =
-        divide_by_word_base(times(x.word[1], y.word[2]) + times(x.word[2], y.word[1]));
-    const Divided c0 = divide_by_word_base(times(x.word[2], y.word[2]));
-    ub8 columns[] = {top.quotient, top.rest + c3.quotient, c3.rest + c2.quotient,
-                     c2.rest + c1.quotient, c1.rest + c0.quotient};
-    for (int i = 4; i > 0; --i) {
-        for (; columns[i] >= word_base; columns[i] -= word_base) ++columns[i - 1];
-    }
-    return split({{columns[0], columns[1], columns[2]}});
+    const auto [x1, y1] = join(TwoWords{a.word[1], b.word[1]});
+    // The last word is a group, times 10^8.
+    const auto [x_groups, y_groups] = digit_words::join_groups(TwoWords{a.word[2], b.word[2]});
+    const ub8 x_group = x_groups >> 32, y_group = y_groups >> 32;
+    const ub8 x2 = x_group * group_base, y2 = y_group * group_base;
+    // Columns of 10^16: at most three products each, below 2^108; that of the groups moves up
+    // one column exactly. They are divided side by side; what a quotient adds to the next column
+    // leaves carries of 0 to 3, which no branch foretells.
+    const Divided c3 = divide_by_word_base(times(x0, y1) + times(x1, y0));
+    const Divided c2 = divide_by_word_base(times(x0, y2) + times(x1, y1) + times(x2, y0));
+    const Divided c1 = divide_by_word_base(times(x1, y2) + times(x2, y1) + times(x_group, y_group));
+    const auto carry = [](ub8 column) {
+        return ub8{column >= word_base} + (column >= 2 * word_base) + (column >= 3 * word_base);
+    };
+    const ub8 carry1 = carry(c2.rest + c1.quotient);
+    const ub8 column2 = c3.rest + c2.quotient + carry1, carry2 = carry(column2);
+    const ub8 column3 = top.rest + c3.quotient + carry2, carry3 = carry(column3);
+    return split(Joined{
+        {top.quotient + carry3, column3 - carry3 * word_base, column2 - carry2 * word_base}});
 }
 
-// The integer part, one further from zero when `outward` and something was cut off.
 void cut_fraction(const QZCICalcNumber &n, bool outward, QZCICalcNumber &result) {
     if (n.is_zero != 0 || is_infinite(n)) return copy(result, n);
-    const bool negative = is_negative(n);
-    const Digits all = digits_of(n), mask = integer_mask(n);
-    Digits kept;
-    ub8 fraction = 0;
-    for (int i = 0; i < 3; ++i) {
-        kept.word[i] = all.word[i] & mask.word[i];
-        fraction |= all.word[i] & ~mask.word[i];
-    }
-    int exponent = exponent_of(n);
-    if (fraction == 0 || !outward) {
-        // All digits are gone, or none in front.
-        return exponent < 0 ? set_zero(result) : set_digits(result, negative, exponent, kept);
-    }
-    if (exponent < 0) return set_integer(result, negative, 1);
-    if (add_unit(kept, static_cast<unsigned>(exponent))) {
-        kept.word[0] = ub8{1} << 56;
-        ++exponent;
-    }
-    set_digits(result, negative, exponent, kept);
+    set_finite(result, integer_part(finite_of(n), outward));
 }
 
 }  // namespace
+
+Finite calc::product(const Finite &a, const Finite &b) {
+    Finite p{digits_of_product(a.digits, b.digits), a.exponent + b.exponent + 1,
+             a.negative != b.negative};
+    normalize_once(p);
+    return p;
+}
 
 extern "C" sword QZCICalcNumAdd(const QZCICalcNumber *operand1, const QZCICalcNumber *operand2,
                                 QZCICalcNumber *result) {
@@ -147,15 +102,13 @@ extern "C" sword QZCICalcNumMul(const QZCICalcNumber *operand1, const QZCICalcNu
                                 QZCICalcNumber *result) {
     const QZCICalcNumber &a = *operand1;
     const QZCICalcNumber &b = *operand2;
-    const bool negative = is_negative(a) != is_negative(b);
-    if (are_plain(a, b)) [[likely]] {
-        set_normalized(*result, negative, any_exponent(exponent_of(a) + exponent_of(b) + 1),
-                       product(digits_of(a), digits_of(b)));
-    } else if (is_infinite(a) || is_infinite(b)) {
+    if (is_infinite(a) || is_infinite(b)) {
         if (a.is_zero != 0 || b.is_zero != 0) return OCI_ERROR;
-        set_infinity(*result, negative);
-    } else {
+        set_infinity(*result, is_negative(a) != is_negative(b));
+    } else if (a.is_zero != 0 || b.is_zero != 0) {
         set_zero(*result);
+    } else {
+        set_finite(*result, product(finite_of(a), finite_of(b)));
     }
     return OCI_SUCCESS;
 }

@@ -1,5 +1,6 @@
 // Quotient and remainder by long division: the remainder is kept as a binary integer of
 // three limbs, the quotient's digits come out in base 10^16.
+#include "oci_calc_number/algebraic/algebraic.h"
 #include "oci_calc_number/binary/operand.h"
 #include "oci_calc_number/elementary/logarithm.h"
 
@@ -8,7 +9,7 @@ using namespace calc;
 namespace {
 
 using digit_words::Joined;
-using digit_words::split;
+using digit_words::TwoWords;
 using digit_words::word_base;
 
 constexpr int words = 3;  // 24 digits are below 10^48 < 2^160
@@ -66,8 +67,11 @@ public:
     // Of integers of 24 digits, the divisor's first not zero: it is 10^46 > 2^152 or more.
     // The rest starts as the dividend.
     LongDivision(const Digits &dividend, const Digits &divisor) {
-        to_limbs(divisor_, join(divisor));
-        to_limbs(rest_, join(dividend));
+        const auto [a0, b0] = join(TwoWords{dividend.word[0], divisor.word[0]});
+        const auto [a1, b1] = join(TwoWords{dividend.word[1], divisor.word[1]});
+        const auto [a2, b2] = join(TwoWords{dividend.word[2], divisor.word[2]});
+        to_limbs(divisor_, Joined{{b0, b1, b2}});
+        to_limbs(rest_, Joined{{a0, a1, a2}});
         shift_ = leading_zeros(divisor_[words - 1]);
         shift_left<words>(divisor_, divisor_, shift_);
         // The dividend is below 100 times the divisor.
@@ -121,7 +125,7 @@ private:
 
 // 24 digits of a / b, taken as 0.00dd...: of dividend / 100 and divisor the quotient is below 1
 // and not below 10^-4, so that 22 digits at least follow its zeros.
-Joined quotient(const Digits &a, const Digits &b) {
+Joined quotient_of(const Digits &a, const Digits &b) {
     const Digits dividend = moved_back(a, 1);
     if (!is_short(b)) {
         LongDivision division(dividend, b);
@@ -130,14 +134,13 @@ Joined quotient(const Digits &a, const Digits &b) {
         return q;
     }
     // A divisor of one word: the same with a rest of one word.
-    const Joined x = join(dividend);
-    u64 d = join(b).word[0];
+    auto [rest, d] = join(TwoWords{dividend.word[0], b.word[0]});
+    const auto [x1, x2] = join(TwoWords{dividend.word[1], dividend.word[2]});
     const int shift = __builtin_clzll(d);
     d <<= shift;
     const u64 v = reciprocal_of(d);
-    const u64 brought[] = {x.word[1], x.word[2], 0};
+    const u64 brought[] = {x1, x2, 0};
     Joined q;
-    u64 rest = x.word[0];
     for (int i = 0; i < words; ++i) {
         const u128 part = (static_cast<u128>(rest) * word_base + brought[i]) << shift;
         u64 r = low(part);
@@ -149,24 +152,47 @@ Joined quotient(const Digits &a, const Digits &b) {
 
 // a mod b for a's exponent `zeros` above b's: |a| is an integer of b's units with as many
 // digits 0 behind its 24.
-Joined remainder(const Digits &a, const Digits &b, unsigned zeros) {
+Digits remainder_of(const Digits &a, const Digits &b, unsigned zeros) {
     constexpr unsigned step = digit_words::digits_per_word;
     if (is_short(a) && is_short(b)) {
-        const u64 d = join(b).word[0];
-        u64 rest = join(a).word[0] % d;
-        for (; zeros >= step && rest != 0; zeros -= step) {
-            rest = low(static_cast<u128>(rest) * word_base % d);
+        // Without the zeros behind both a short dividend stays within a word.
+        const auto behind = static_cast<unsigned>(std::countr_zero(a.word[0] | b.word[0])) / 8;
+        auto [rest, d] = join(TwoWords{a.word[0] >> 8 * behind, b.word[0] >> 8 * behind});
+        if (zeros <= behind) {
+            rest = rest * power_of_100[zeros] % d;
+        } else {
+            rest %= d;
+            for (; zeros >= step && rest != 0; zeros -= step) {
+                rest = low(static_cast<u128>(rest) * word_base % d);
+            }
+            rest = low(static_cast<u128>(rest) * power_of_100[zeros % step] % d);
         }
-        return {{low(static_cast<u128>(rest) * power_of_100[zeros % step] % d), 0, 0}};
+        return {{split(TwoWords{0, rest}).low << 8 * behind, 0, 0}};
     }
     LongDivision division(a, b);
     division.reduce_dividend();
     for (; zeros >= step && !division.exact(); zeros -= step) division.next(word_base);
     division.next(power_of_100[zeros % step]);
-    return division.rest();
+    return split(division.rest());
 }
 
 }  // namespace
+
+Finite calc::quotient(const Finite &a, const Finite &b) {
+    Finite q{split(quotient_of(a.digits, b.digits)), a.exponent - b.exponent,
+             a.negative != b.negative};
+    normalize_once(q);
+    return q;
+}
+
+Finite calc::remainder(const Finite &a, const Finite &b) {
+    const int zeros = a.exponent - b.exponent;
+    if (zeros < 0) return a;
+    Finite r{remainder_of(a.digits, b.digits, static_cast<unsigned>(zeros)), b.exponent,
+             a.negative};
+    normalize(r);
+    return r;
+}
 
 extern "C" sword QZCICalcNumDiv(const QZCICalcNumber *dividend, const QZCICalcNumber *divisor,
                                 QZCICalcNumber *result) {
@@ -180,8 +206,7 @@ extern "C" sword QZCICalcNumDiv(const QZCICalcNumber *dividend, const QZCICalcNu
     } else if (a.is_zero != 0 || is_infinite(b)) {
         set_zero(*result);
     } else {
-        set_normalized(*result, negative, any_exponent(exponent_of(a) - exponent_of(b)),
-                       split(quotient(digits_of(a), digits_of(b))));
+        set_finite(*result, quotient(finite_of(a), finite_of(b)));
     }
     return OCI_SUCCESS;
 }
@@ -191,14 +216,10 @@ extern "C" sword QZCICalcNumMod(const QZCICalcNumber *dividend, const QZCICalcNu
     const QZCICalcNumber &a = *dividend;
     const QZCICalcNumber &b = *divisor;
     if (b.is_zero != 0 || is_infinite(a)) return OCI_ERROR;
-    const int zeros = exponent_of(a) - exponent_of(b);
-    if (a.is_zero != 0 || is_infinite(b) || zeros < 0) {
+    if (a.is_zero != 0 || is_infinite(b)) {
         copy(*result, a);
     } else {
-        const bool negative = is_negative(a);
-        const int exponent = exponent_of(b);
-        set_normalized(*result, negative, exponent,
-                       split(remainder(digits_of(a), digits_of(b), static_cast<unsigned>(zeros))));
+        set_finite(*result, remainder(finite_of(a), finite_of(b)));
     }
     return OCI_SUCCESS;
 }

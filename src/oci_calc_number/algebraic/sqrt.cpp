@@ -1,8 +1,8 @@
 // Square root, eight digits a step: the integer root of the operand's first two words, then a
 // division by twice the root so far for each further word, as in Newton's iteration, its
 // remainder kept exactly [P. Zimmermann: Karatsuba Square Root, 1999].
+#include "oci_calc_number/algebraic/algebraic.h"
 #include "oci_calc_number/binary/limbs.h"
-#include "oci_calc_number/record.h"
 
 using namespace calc;
 
@@ -89,6 +89,12 @@ private:
 
 }  // namespace
 
+Finite calc::square_root(const Finite &a) {
+    // The first digit of an even power of 100 is alone in giving the root's first digit.
+    const auto x = join(moved_back(a.digits, a.exponent % 2 == 0 ? 1 : 0));
+    return {digit_words::split(RootWords(x).words), a.exponent >> 1, false};
+}
+
 extern "C" sword QZCICalcNumSqrt(const QZCICalcNumber *operand, QZCICalcNumber *result) {
     const QZCICalcNumber &a = *operand;
     if (a.is_zero != 0) {
@@ -100,9 +106,6 @@ extern "C" sword QZCICalcNumSqrt(const QZCICalcNumber *operand, QZCICalcNumber *
         set_infinity(*result, false);
         return OCI_SUCCESS;
     }
-    // The first digit of an even power of 100 is alone in giving the root's first digit.
-    const int exponent = exponent_of(a);
-    const auto x = join(moved_back(digits_of(a), exponent % 2 == 0 ? 1 : 0));
-    set_digits(*result, false, exponent >> 1, digit_words::split(RootWords(x).words));
+    set_finite(*result, square_root(finite_of(a)));
     return OCI_SUCCESS;
 }

@@ -184,7 +184,7 @@ enum class Parity { even, odd, fraction };
 Parity parity(const QZCICalcNumber &n) {
     const int exponent = exponent_of(n);
     if (n.is_zero != 0 || is_infinite(n)) return Parity::even;
-    const Digits d = digits_of(n), mask = integer_mask(n);
+    const Digits d = digits_of(n), &mask = integer_mask(exponent);
     for (int i = 0; i < 3; ++i) {
         if ((d.word[i] & ~mask.word[i]) != 0) return Parity::fraction;
     }
