@@ -33,8 +33,6 @@ target_include_directories(oci_number_library_options INTERFACE
 target_compile_definitions(oci_number_library_options INTERFACE _GNU_SOURCE)
 target_compile_options(oci_number_library_options INTERFACE
   -fvisibility=hidden
-  # Joining words that were just stored one by one into a wide load would wait for the stores.
-  -fno-tree-slp-vectorize
   $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fvisibility-inlines-hidden>)
 
 # For tests and benchmarks, after oci_number_options: EXPECT_ macros after an `if`, formats from tables,
