@@ -7,36 +7,60 @@
 #include "oci_utils/plain_number.h"
 
 using namespace number_bytes;
+using digit_words::Digits;
 
 namespace {
 
 constexpr unsigned max_decimals = 2 * max_digits;
 
-// Writes a text's characters in turn, pairs of them for the digits in turn.
-class TextWriter {
-public:
-    TextWriter(OraText *out, const digit_words::Digits &digits) : out_(out) {
-        for (unsigned i = 0; i < 3; ++i) digit_words::store(digits_ + 8 * i, digits.word[i]);
-    }
-    void put(char c) { *out_++ = static_cast<OraText>(c); }
-    void put_zeros(int count) {
-        if (count <= 0) return;
-        std::memset(out_, '0', static_cast<size_t>(count));
-        out_ += count;
-    }
-    void put_digits(int count) {
-        for (; count > 0; --count, out_ += 2) {
-            std::memcpy(out_, plain_number::digit_pairs.text + 2 * digits_[next_++], 2);
-        }
-    }
-    void put_first_ones() { put(static_cast<char>('0' + digits_[next_++])); }
-    void put_last_tens() { put(static_cast<char>('0' + digits_[next_++] / 10)); }
+// Writes a word's characters for each eight digits that `count` digits take, so that as many
+// as 15 characters stand behind them.
+OraText *put_digits(OraText *out, const Digits &d, int count) {
+    char *const characters = reinterpret_cast<char *>(out);
+    if (count > 0) digit_words::write_characters(characters, d.word[0]);
+    if (count > 8) digit_words::write_characters(characters + 16, d.word[1]);
+    if (count > 16) digit_words::write_characters(characters + 32, d.word[2]);
+    return out + 2 * count;
+}
 
-private:
-    OraText *out_;
-    unsigned next_ = 0;
-    ub1 digits_[digit_words::window];
-};
+OraText *put_zeros(OraText *out, int count) {
+    if (count <= 0) return out;
+    std::memset(out, '0', static_cast<size_t>(count));
+    return out + count;
+}
+
+// Writes the text, and up to `slack` characters behind it.
+constexpr int slack = 32;
+void write_text(const plain_number::PlainNumber &p, const plain_number::Shape &shape,
+                OraText *out) {
+    // The point stands between two digits, behind the last with zeros in between, or before the
+    // first one.
+    *out = '-';
+    out += p.negative;
+    const int count = static_cast<int>(p.count), integer_digits = p.exponent + 1;
+    Digits fraction = p.digits;
+    int fraction_count = count;
+    if (count > 0 && integer_digits > 0) {
+        const unsigned first = digit_at(p.digits, 0);
+        *out = static_cast<OraText>('0' + first / 10);
+        out += !shape.short_first;
+        *out++ = static_cast<OraText>('0' + first % 10);
+        const int digits = std::min(integer_digits, int{digit_words::window});
+        out = put_digits(out, moved_forward(p.digits, 1), digits - 1);
+        out = put_zeros(out, 2 * (integer_digits - digits));
+        fraction_count -= integer_digits;
+        if (fraction_count > 0) {
+            fraction = moved_forward(p.digits, static_cast<unsigned>(integer_digits));
+        }
+    } else {
+        *out++ = '0';
+    }
+    if (shape.fraction_length > 0) {
+        *out++ = '.';
+        out = put_zeros(out, -2 * integer_digits);
+        put_digits(out, fraction, fraction_count);
+    }
+}
 
 }  // namespace
 
@@ -44,29 +68,21 @@ extern "C" sword getStrFromNumber(const OCINumber *number, OraText *buf, ub2 *si
     plain_number::PlainNumber p;
     if (!plain_number::read(*number, p)) return OCI_ERROR;
     const plain_number::Shape shape = shape_of(p);
-    if (shape.length() > *size) return OCI_ERROR;
-
-    // The point stands between two digits, behind the last with zeros in between, or before the
-    // first one.
-    const int count = static_cast<int>(p.count), integer_digits = p.exponent + 1;
-    TextWriter out(buf, p.digits);
-    if (p.negative) out.put('-');
-    int integer_count = 0;
-    if (count > 0 && integer_digits > 0) {
-        integer_count = std::min(count, integer_digits);
-        if (shape.short_first) out.put_first_ones();
-        out.put_digits(integer_count - shape.short_first);
-        out.put_zeros(2 * (integer_digits - count));
+    const int length = shape.length(), capacity = *size;
+    if (length > capacity) return OCI_ERROR;
+    // In place where there is room for whole words; then what stood behind the text comes back.
+    if (length + slack <= capacity) [[likely]] {
+        OraText behind[slack];
+        std::memcpy(behind, buf + length, slack);
+        write_text(p, shape, buf);
+        std::memcpy(buf + length, behind, slack);
     } else {
-        out.put('0');
+        constexpr int longest = 3 + 2 * (-min_exponent + int{max_digits});
+        OraText text[longest + slack];
+        write_text(p, shape, text);
+        std::memcpy(buf, text, static_cast<size_t>(length));
     }
-    if (shape.fraction_length > 0) {
-        out.put('.');
-        out.put_zeros(-2 * integer_digits);
-        out.put_digits(count - integer_count - shape.short_last);
-        if (shape.short_last) out.put_last_tens();
-    }
-    *size = static_cast<ub2>(shape.length());
+    *size = static_cast<ub2>(length);
     return OCI_SUCCESS;
 }
 
@@ -142,7 +158,7 @@ extern "C" sword getNumberFromStr(OCINumber *number, ub1 *str, ub4 len) {
     take(text.integer, text.integer_end);
     take(fraction, text.fraction_end);
 
-    digit_words::Digits digits;
+    Digits digits;
     for (int i = 0; i < 3; ++i) digits.word[i] = digit_text::digits_of(places + 16 * i);
     digits.word[2] &= ~ub8{0} << 32;
     if (places[max_decimals] >= '5' && add_unit(digits, max_digits - 1)) {

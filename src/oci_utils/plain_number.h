@@ -91,17 +91,4 @@ inline void round_places(PlainNumber &p, unsigned places) {
     p.count = is_zero(p.digits) ? 0 : significant(p.digits);
 }
 
-// "00" to "99".
-struct PairTable {
-    char text[200];
-};
-inline constexpr PairTable digit_pairs = [] {
-    PairTable table{};
-    for (unsigned i = 0; i < 100; ++i) {
-        table.text[2 * i] = static_cast<char>('0' + i / 10);
-        table.text[2 * i + 1] = static_cast<char>('0' + i % 10);
-    }
-    return table;
-}();
-
 }  // namespace plain_number
