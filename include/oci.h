@@ -25,7 +25,8 @@
  * Arguments are checked in the order of the parameters; they are numbered from
  * 1, the error handle being argument 1. The first failure ends the call.
  *
- *   err null          OCI_INVALID_HANDLE; nothing is written.
+ *   err null          OCI_INVALID_HANDLE; nothing is written. Null is all that is
+ *                     tested: a failure writes into any other pointer.
  *   a null pointer    OCI_ERROR, error 21560 naming the argument.
  *   a number whose    OCI_ERROR, error 22060 naming the argument: the length
  *   length byte is    byte is 0 (an uninitialised number) or above 21. It is
@@ -94,6 +95,14 @@ typedef struct OCINumber {
 
 /* ---- Handles ------------------------------------------------------------ */
 
+/* The four functions here recognise a handle that is not alive by its first byte:
+ * one of another type, and one that was freed as long as no more than 255 others of
+ * its type were freed after it. Later its memory is another handle's, or the
+ * program's: a second free then may free a handle of somebody else. Pointers to
+ * anything else are not recognised. Outside the contract, and a data race, is a
+ * handle (an environment as parent, too) that one thread frees and another uses
+ * without knowing of it. */
+
 /* The environment: parent of the error handles. */
 typedef struct OCIEnv OCIEnv;
 
@@ -134,8 +143,7 @@ OCI_NUMBER_API sword OCIHandleAlloc(const void *parenth, void **hndlpp, const ub
 /* Frees a handle of `type`: OCI_HTYPE_ERROR, or OCI_HTYPE_ENV with all error
  * handles under it.
  * Returns OCI_SUCCESS; OCI_INVALID_HANDLE when `hndlp` is null or is not a live
- * handle of that type (one that was freed before is recognised), or `type` is
- * another. Safe from any thread. */
+ * handle of that type, or `type` is another. Safe from any thread. */
 OCI_NUMBER_API sword OCIHandleFree(void *hndlp, const ub4 type);
 
 /* Reads the last error from the error handle `hndlp`.
