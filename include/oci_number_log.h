@@ -31,6 +31,9 @@
  * descriptor is still that of the log, so that the file which has the number by
  * then gets none of them (but for one that is put there in that very moment).
  *
+ * When the program ends, or unloads the library, the file is closed and the log is
+ * off; of handles, those that were not freed are all that an unloaded library leaves.
+ *
  * All functions may be called at any time from any thread, also in a child after
  * a fork, but not from inside a sink, nor from a signal handler. A number
  * function that a signal handler calls while its thread writes a line does not wait

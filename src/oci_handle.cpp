@@ -74,6 +74,19 @@ void give_back(Handle *handle, FreeList<Handle> &free_list) {
     if (left != nullptr) qzci_free(left);
 }
 
+template <class Handle>
+void free_all(FreeList<Handle> &free_list) {
+    while (free_list.count > 0) qzci_free(free_list.take_oldest());
+}
+
+// An unloaded library takes the memory of freed handles with it: after the log has ended, so
+// that these are no lines of it.
+__attribute__((destructor(101))) void stop() {
+    const HandlesGuard guard;
+    free_all(free_envs);
+    free_all(free_errors);
+}
+
 // A cleared record, from the free list or the allocator, with the program's
 // extra memory when it asks for some; null when there is no memory.
 template <class Handle>

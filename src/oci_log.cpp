@@ -277,6 +277,18 @@ __attribute__((constructor)) void start() {
     errno = saved_errno;
 }
 
+// An unloaded library leaves no descriptor open. When a program ends, it calls no sink that may
+// be gone by now; a thread that stands in a write keeps its file.
+__attribute__((destructor)) void stop() {
+    threshold.store(QZOCI_LOG_OFF, std::memory_order_relaxed);
+    if (pthread_mutex_trylock(&destination_lock) != 0) return;
+    if (is_file_we_opened(destination)) {
+        close(destination.fd);
+        destination.fd = -1;
+    }
+    pthread_mutex_unlock(&destination_lock);
+}
+
 }  // namespace
 
 // Saves its registers only past the filter: a line that is not wanted costs a load, a

@@ -1,7 +1,9 @@
 #include "oci_log.h"
 
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -182,6 +184,36 @@ TEST_F(Log, SignalHandler) {
     long written = 0;
     for (const auto &line : lines()) written += line.ends_with(" line");
     EXPECT_EQ(written, 5000);
+}
+
+// Loaded, used and unloaded, the library leaves no descriptor and no memory.
+TEST_F(Log, Unload) {
+    const auto load = [this] {
+        void *const library = dlopen(OCI_NUMBER_SHARED_LIBRARY, RTLD_NOW);
+        ASSERT_NE(library, nullptr) << dlerror();
+        const auto find = [&]<class F>(F *, const char *name) {
+            return reinterpret_cast<F *>(dlsym(library, name));
+        };
+        find(qzoci_log_set_file, "qzoci_log_set_file")(path_.c_str());
+        OCIEnv *env = nullptr;
+        find(OCIEnvCreate, "OCIEnvCreate")(&env, 0, nullptr, nullptr, nullptr, nullptr, 0, nullptr);
+        void *error = nullptr;
+        find(OCIHandleAlloc, "OCIHandleAlloc")(env, &error, OCI_HTYPE_ERROR, 0, nullptr);
+        find(OCIHandleFree, "OCIHandleFree")(env, OCI_HTYPE_ENV);
+        dlclose(library);
+    };
+    const auto next_descriptor = [] {
+        const int fd = dup(0);
+        close(fd);
+        return fd;
+    };
+    load();
+    const int fd = next_descriptor();
+    const size_t used = mallinfo2().uordblks;
+    for (int i = 0; i < 20; ++i) load();
+    EXPECT_EQ(next_descriptor(), fd);
+    // The C library's own lists grow a little; a handle has 3 KB.
+    EXPECT_LT(mallinfo2().uordblks, used + 20000);
 }
 
 // The environment is read before main: seen in a fresh process of this program.
