@@ -426,8 +426,8 @@ OCI_NUMBER_API sword OCINumberHypTan(OCIError *err, const OCINumber *number, OCI
 /* The calc engine's working record, private to the library. */
 typedef struct QZCICalcNumber QZCICalcNumber;
 
-/* Prints the record's value to standard output as a line "buffer is 1.5".
- * Returns 0. */
+/* Prints the record's value to standard output as a line "buffer is 1.5", without a
+ * value for a record whose fields hold none. `number` is not null. Returns 0. */
 OCI_NUMBER_API sword print_calc_number(QZCICalcNumber *number);
 
 /* Prints the length byte and the bytes of the number, the length byte among
