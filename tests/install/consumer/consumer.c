@@ -12,6 +12,18 @@
         }                                                           \
     } while (0)
 
+/* The program's own; the library has private functions of these names. */
+#ifdef __cplusplus
+extern "C" {
+#endif
+int getNumberFromStr(void);
+int my_strtoll10(void);
+int getNumberFromStr(void) { return -1; }
+int my_strtoll10(void) { return -1; }
+#ifdef __cplusplus
+}
+#endif
+
 int main(void) {
     OCIEnv *env = NULL;
     void *handle = NULL;
@@ -25,6 +37,11 @@ int main(void) {
     OCIError *err = (OCIError *)handle;
     CHECK(OCINumberFromInt(err, &one, sizeof one, OCI_NUMBER_SIGNED, &number) == OCI_SUCCESS);
     CHECK(memcmp(&number, "\x02\xC1\x02", 3) == 0);
+    CHECK(OCINumberFromText(err, (const OraText *)"42", 2, (const OraText *)"99", 2, NULL, 0,
+                            &number) == OCI_SUCCESS);
+    CHECK(memcmp(&number, "\x02\xC1\x2B", 3) == 0);
+    CHECK(OCINumberToInt(err, &number, sizeof one, OCI_NUMBER_SIGNED, &one) == OCI_SUCCESS);
+    CHECK(one == 42);
 
     CHECK(qzoci_log_get_level() == QZOCI_LOG_OFF);
     CHECK(OCINumberSqrt(err, NULL, &number) == OCI_ERROR);
