@@ -423,6 +423,11 @@ OCI_NUMBER_API sword OCINumberHypTan(OCIError *err, const OCINumber *number, OCI
 
 /* ---- Debug printers ----------------------------------------------------- */
 
+/* Their names are anybody's: a program that has functions of its own by these names
+ * defines OCI_NUMBER_NO_PRINTERS before it includes this header. The program's own
+ * are then called, with either library. */
+#ifndef OCI_NUMBER_NO_PRINTERS
+
 /* The calc engine's working record, private to the library. */
 typedef struct QZCICalcNumber QZCICalcNumber;
 
@@ -434,6 +439,9 @@ OCI_NUMBER_API sword print_calc_number(QZCICalcNumber *number);
  * them, to standard output: "Len=2: 2, 193, 2" for 1. A length byte above 21
  * prints all 22 bytes. `number` is not null. Returns 0. */
 OCI_NUMBER_API sword print_number(OCINumber *number);
+
+#endif
+
 /* ---- Reals -------------------------------------------------------------- */
 
 /* `rsl_length` and `rnum_length` are the size in bytes of the C type: 4 (float),
