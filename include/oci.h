@@ -25,7 +25,8 @@
  * Arguments are checked in the order of the parameters; they are numbered from
  * 1, the error handle being argument 1. The first failure ends the call.
  *
- *   err null          OCI_INVALID_HANDLE; nothing is written.
+ *   err null          OCI_INVALID_HANDLE; nothing is written. Null is all that is
+ *                     tested: a failure writes into any other pointer.
  *   a null pointer    OCI_ERROR, error 21560 naming the argument.
  *   a number whose    OCI_ERROR, error 22060 naming the argument: the length
  *   length byte is    byte is 0 (an uninitialised number) or above 21. It is
@@ -94,6 +95,14 @@ typedef struct OCINumber {
 
 /* ---- Handles ------------------------------------------------------------ */
 
+/* The four functions here recognise a handle that is not alive by its first byte:
+ * one of another type, and one that was freed as long as no more than 255 others of
+ * its type were freed after it. Later its memory is another handle's, or the
+ * program's: a second free then may free a handle of somebody else. Pointers to
+ * anything else are not recognised. Outside the contract, and a data race, is a
+ * handle (an environment as parent, too) that one thread frees and another uses
+ * without knowing of it. */
+
 /* The environment: parent of the error handles. */
 typedef struct OCIEnv OCIEnv;
 
@@ -134,8 +143,7 @@ OCI_NUMBER_API sword OCIHandleAlloc(const void *parenth, void **hndlpp, const ub
 /* Frees a handle of `type`: OCI_HTYPE_ERROR, or OCI_HTYPE_ENV with all error
  * handles under it.
  * Returns OCI_SUCCESS; OCI_INVALID_HANDLE when `hndlp` is null or is not a live
- * handle of that type (one that was freed before is recognised), or `type` is
- * another. Safe from any thread. */
+ * handle of that type, or `type` is another. Safe from any thread. */
 OCI_NUMBER_API sword OCIHandleFree(void *hndlp, const ub4 type);
 
 /* Reads the last error from the error handle `hndlp`.
@@ -415,17 +423,25 @@ OCI_NUMBER_API sword OCINumberHypTan(OCIError *err, const OCINumber *number, OCI
 
 /* ---- Debug printers ----------------------------------------------------- */
 
+/* Their names are anybody's: a program that has functions of its own by these names
+ * defines OCI_NUMBER_NO_PRINTERS before it includes this header. The program's own
+ * are then called, with either library. */
+#ifndef OCI_NUMBER_NO_PRINTERS
+
 /* The calc engine's working record, private to the library. */
 typedef struct QZCICalcNumber QZCICalcNumber;
 
-/* Prints the record's value to standard output as a line "buffer is 1.5".
- * Returns 0. */
+/* Prints the record's value to standard output as a line "buffer is 1.5", without a
+ * value for a record whose fields hold none. `number` is not null. Returns 0. */
 OCI_NUMBER_API sword print_calc_number(QZCICalcNumber *number);
 
 /* Prints the length byte and the bytes of the number, the length byte among
  * them, to standard output: "Len=2: 2, 193, 2" for 1. A length byte above 21
  * prints all 22 bytes. `number` is not null. Returns 0. */
 OCI_NUMBER_API sword print_number(OCINumber *number);
+
+#endif
+
 /* ---- Reals -------------------------------------------------------------- */
 
 /* `rsl_length` and `rnum_length` are the size in bytes of the C type: 4 (float),

@@ -21,11 +21,23 @@
  * one write to a file opened for appending, so lines of several threads and
  * processes do not mix. The ASCII control characters and the backslash appear in
  * the text as \n, \t, \r, \\ or \xHH, so every record is one line. What cannot
- * be written, on a full disk for instance, is lost without a word; a line that
- * was cut is ended before the next one.
+ * be written, on a full disk or beyond the limit of a file's size for instance, is
+ * lost without a word or a signal; a line that was cut is ended before the next
+ * one. A line waits until it is taken: behind a FIFO or terminal that nobody
+ * reads every call that logs stands still.
+ *
+ * The file's descriptor is 3 or above. A program that closes it behind the
+ * library's back loses its lines: before each, device and inode tell whether the
+ * descriptor is still that of the log, so that the file which has the number by
+ * then gets none of them (but for one that is put there in that very moment).
+ *
+ * When the program ends, or unloads the library, the file is closed and the log is
+ * off; of handles, those that were not freed are all that an unloaded library leaves.
  *
  * All functions may be called at any time from any thread, also in a child after
- * a fork, but not from inside a sink. None of them changes errno unless its
+ * a fork, but not from inside a sink, nor from a signal handler. A number
+ * function that a signal handler calls while its thread writes a line does not wait
+ * for that: its own lines are dropped. None of them changes errno unless its
  * description says so. */
 #ifndef OCI_NUMBER_LOG_H
 #define OCI_NUMBER_LOG_H

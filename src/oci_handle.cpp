@@ -11,8 +11,30 @@ namespace {
 // allocator is called without it, as it logs, and the log may run the program's
 // own sink.
 pthread_mutex_t handles_lock = PTHREAD_MUTEX_INITIALIZER;
-OCIEnv *free_envs = nullptr;
-OCIError *free_errors = nullptr;
+
+// Freed handles wait here with their type byte 0, so that a second free is recognised; the
+// oldest is the first to be taken over or to leave.
+template <class Handle>
+struct FreeList {
+    static constexpr unsigned kept = 256;
+    Handle *oldest = nullptr;
+    Handle *newest = nullptr;
+    unsigned count = 0;
+
+    void put(Handle *handle) {
+        handle->next = nullptr;
+        (count++ == 0 ? oldest : newest->next) = handle;
+        newest = handle;
+    }
+    Handle *take_oldest() {
+        Handle *handle = oldest;
+        oldest = handle->next;
+        --count;
+        return handle;
+    }
+};
+FreeList<OCIEnv> free_envs;
+FreeList<OCIError> free_errors;
 
 // A child process starts with the lock free and the lists whole.
 __attribute__((constructor)) void start() {
@@ -33,27 +55,42 @@ bool is_live(const void *handle, ub1 type) {
     return handle != nullptr && *static_cast<const ub1 *>(handle) == type;
 }
 
-// Takes a record from the free list, or null.
+// A record to take over, or null while too few others were freed after it.
 template <class Handle>
-Handle *take_free(Handle *&free_list) {
+Handle *take_free(FreeList<Handle> &free_list) {
     const HandlesGuard guard;
-    Handle *handle = free_list;
-    if (handle != nullptr) free_list = handle->next;
-    return handle;
+    return free_list.count < free_list.kept ? nullptr : free_list.take_oldest();
 }
 
 // Puts a record that is in no list, and holds no user memory, on the free list.
 template <class Handle>
-void give_back(Handle *handle, Handle *&free_list) {
+void give_back(Handle *handle, FreeList<Handle> &free_list) {
+    Handle *left = nullptr;
+    {
+        const HandlesGuard guard;
+        free_list.put(handle);
+        if (free_list.count > free_list.kept) left = free_list.take_oldest();
+    }
+    if (left != nullptr) qzci_free(left);
+}
+
+template <class Handle>
+void free_all(FreeList<Handle> &free_list) {
+    while (free_list.count > 0) qzci_free(free_list.take_oldest());
+}
+
+// An unloaded library takes the memory of freed handles with it: after the log has ended, so
+// that these are no lines of it.
+__attribute__((destructor(101))) void stop() {
     const HandlesGuard guard;
-    handle->next = free_list;
-    free_list = handle;
+    free_all(free_envs);
+    free_all(free_errors);
 }
 
 // A cleared record, from the free list or the allocator, with the program's
 // extra memory when it asks for some; null when there is no memory.
 template <class Handle>
-Handle *take(Handle *&free_list, const char *tag, size_t xtramem_sz, void **usrmempp) {
+Handle *take(FreeList<Handle> &free_list, const char *tag, size_t xtramem_sz, void **usrmempp) {
     Handle *handle = take_free(free_list);
     if (handle == nullptr) handle = static_cast<Handle *>(qzci_malloc(sizeof(Handle), tag));
     if (handle == nullptr) return nullptr;

@@ -9,9 +9,9 @@
 
 inline constexpr size_t err_message_size = 3073;
 
-// The first byte of every handle tells its type. A freed handle keeps its
-// memory, with the type byte 0, until a new handle of the type takes it over:
-// so a handle that is used or freed again is recognised by a plain read.
+// The first byte of every handle tells its type. A freed handle keeps its memory, with the
+// type byte 0, until 256 more of the type were freed: so a handle that is used or freed
+// again soon is recognised by a plain read.
 struct OCIEnv {
     ub1 type;
     OCIError *errors;  // the live error handles under this environment

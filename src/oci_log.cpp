@@ -4,6 +4,7 @@
 #include <pthread.h>
 #include <signal.h>
 #include <strings.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -27,6 +28,10 @@ std::atomic<int> threshold{QZOCI_LOG_OFF};
 
 struct Destination {
     int fd = STDERR_FILENO;
+    // Of the file that was opened: a program that closes descriptors at random closes this one
+    // too, and the number may then be another file's.
+    dev_t device = 0;
+    ino_t inode = 0;
     qzoci_log_sink sink = nullptr;
     void *context = nullptr;
 };
@@ -38,7 +43,23 @@ pthread_mutex_t destination_lock = PTHREAD_MUTEX_INITIALIZER;
 // Set when a write left a line without its end; the next one ends it first.
 std::atomic<bool> line_is_cut{false};
 
-thread_local bool inside_sink = false;
+// Set while a thread emits a line or changes the destination: what a signal handler or a sink
+// logs in that thread is dropped, as it would wait for its own lock.
+thread_local volatile sig_atomic_t is_inside = 0;
+
+class Inside {
+public:
+    Inside() { is_inside = 1; }
+    ~Inside() { is_inside = 0; }
+    Inside(const Inside &) = delete;
+    Inside &operator=(const Inside &) = delete;
+};
+
+bool is_file_we_opened(const Destination &d) {
+    struct stat now;
+    return d.fd != STDERR_FILENO && fstat(d.fd, &now) == 0 && now.st_dev == d.device &&
+           now.st_ino == d.inode;
+}
 
 // Text of any length: on the stack when it is short, else on the heap.
 class TextBuffer {
@@ -121,14 +142,15 @@ size_t format_head(char *out, size_t size, log_level level, const char *file, lo
 }
 
 // One write of the bytes before `end`, which may take one byte in front of
-// `start` too. A reader that has gone away does not end the program: the signal
-// is held back and taken off the thread.
+// `start` too. A reader that has gone away, or a file that may not grow, does not
+// end the program: the signal is held back and taken off the thread.
 void write_line(int fd, char *start, const char *end) {
-    sigset_t pipe, former, pending;
-    sigemptyset(&pipe);
-    sigaddset(&pipe, SIGPIPE);
+    sigset_t held, former, pending;
+    sigemptyset(&held);
+    sigaddset(&held, SIGPIPE);
+    sigaddset(&held, SIGXFSZ);
     sigpending(&pending);
-    pthread_sigmask(SIG_BLOCK, &pipe, &former);
+    pthread_sigmask(SIG_BLOCK, &held, &former);
 
     if (line_is_cut.load(std::memory_order_relaxed)) *--start = '\n';
     const auto size = static_cast<size_t>(end - start);
@@ -140,9 +162,12 @@ void write_line(int fd, char *start, const char *end) {
         line_is_cut.store(static_cast<size_t>(written) < size, std::memory_order_relaxed);
     }
 
-    if (written < 0 && errno == EPIPE && sigismember(&pending, SIGPIPE) == 0) {
+    const int signal = written >= 0 ? 0 : errno == EPIPE ? SIGPIPE : errno == EFBIG ? SIGXFSZ : 0;
+    if (signal != 0 && sigismember(&pending, signal) == 0) {
+        sigemptyset(&held);
+        sigaddset(&held, signal);
         const timespec no_time{};
-        while (sigtimedwait(&pipe, nullptr, &no_time) < 0 && errno == EINTR) {
+        while (sigtimedwait(&held, nullptr, &no_time) < 0 && errno == EINTR) {
         }
     }
     pthread_sigmask(SIG_SETMASK, &former, nullptr);
@@ -179,11 +204,9 @@ __attribute__((format(printf, 4, 0))) void emit(log_level level, const char *fil
     pthread_mutex_lock(&destination_lock);
     if (destination.sink != nullptr) {
         *end = '\0';
-        inside_sink = true;
         destination.sink(destination.context, level, file, line, text,
                          static_cast<size_t>(end - text));
-        inside_sink = false;
-    } else {
+    } else if (destination.fd == STDERR_FILENO || is_file_we_opened(destination)) {
         char head[head_size];
         const size_t head_length = format_head(head, sizeof head, level, file, line);
         std::memcpy(text - head_length, head, head_length);
@@ -196,7 +219,8 @@ __attribute__((format(printf, 4, 0))) void emit(log_level level, const char *fil
 [[gnu::noinline, gnu::format(printf, 4, 0)]] void write_wanted(log_level level, const char *file,
                                                                long line, const char *fmt,
                                                                va_list args) {
-    if (inside_sink || level < LOG_LEVEL_TRACE || level > LOG_LEVEL_SLOWSQL) return;
+    if (is_inside != 0 || level < LOG_LEVEL_TRACE || level > LOG_LEVEL_SLOWSQL) return;
+    const Inside inside;
     const int saved_errno = errno;
     // A thread that is cancelled in the write would keep the lock.
     int cancel_state = 0;
@@ -216,13 +240,29 @@ int parse_level(const char *text) {
     return 0;
 }
 
+// The file opened for appending, or -1. Descriptors below 3 are those of the standard streams,
+// also in a program that runs with one of them closed.
+int open_log(const char *path) {
+    // Without O_NONBLOCK a FIFO would wait for its reader.
+    const int fd = open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK,
+                        S_IRUSR | S_IWUSR);
+    if (fd < 0) return -1;
+    fcntl(fd, F_SETFL, O_APPEND);
+    if (fd > STDERR_FILENO) return fd;
+    const int above = fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    const int saved_errno = errno;
+    close(fd);
+    errno = saved_errno;
+    return above;
+}
+
 // A child process starts with the lock free and the destination whole, whatever
-// other threads were doing at the fork.
+// other threads were doing at the fork. A sink that forks holds it already.
 void before_fork() {
-    if (!inside_sink) pthread_mutex_lock(&destination_lock);
+    if (is_inside == 0) pthread_mutex_lock(&destination_lock);
 }
 void after_fork() {
-    if (!inside_sink) pthread_mutex_unlock(&destination_lock);
+    if (is_inside == 0) pthread_mutex_unlock(&destination_lock);
 }
 
 __attribute__((constructor)) void start() {
@@ -235,6 +275,18 @@ __attribute__((constructor)) void start() {
         qzoci_log_set_level(parse_level(level));
     }
     errno = saved_errno;
+}
+
+// An unloaded library leaves no descriptor open. When a program ends, it calls no sink that may
+// be gone by now; a thread that stands in a write keeps its file.
+__attribute__((destructor)) void stop() {
+    threshold.store(QZOCI_LOG_OFF, std::memory_order_relaxed);
+    if (pthread_mutex_trylock(&destination_lock) != 0) return;
+    if (is_file_we_opened(destination)) {
+        close(destination.fd);
+        destination.fd = -1;
+    }
+    pthread_mutex_unlock(&destination_lock);
 }
 
 }  // namespace
@@ -259,26 +311,29 @@ extern "C" void qzoci_log_set_level(int level) {
 extern "C" int qzoci_log_get_level(void) { return threshold.load(std::memory_order_relaxed); }
 
 extern "C" sword qzoci_log_set_file(const char *path) {
-    int fd = STDERR_FILENO;
+    Destination opened;
     if (path != nullptr) {
-        // Without O_NONBLOCK a FIFO would wait for its reader.
-        fd = open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK,
-                  S_IRUSR | S_IWUSR);
-        if (fd < 0) return -1;
-        fcntl(fd, F_SETFL, O_APPEND);
+        opened.fd = open_log(path);
+        if (opened.fd < 0) return -1;
+        struct stat file;
+        fstat(opened.fd, &file);
+        opened.device = file.st_dev;
+        opened.inode = file.st_ino;
     }
+    const Inside inside;
     pthread_mutex_lock(&destination_lock);
-    const int former = destination.fd;
-    destination = {fd, nullptr, nullptr};
+    const Destination former = destination;
+    destination = opened;
     line_is_cut.store(false, std::memory_order_relaxed);
     pthread_mutex_unlock(&destination_lock);
     const int saved_errno = errno;
-    if (former != STDERR_FILENO) close(former);
+    if (is_file_we_opened(former)) close(former.fd);
     errno = saved_errno;
     return 0;
 }
 
 extern "C" void qzoci_log_set_sink(qzoci_log_sink sink, void *context) {
+    const Inside inside;
     pthread_mutex_lock(&destination_lock);
     destination.sink = sink;
     destination.context = context;

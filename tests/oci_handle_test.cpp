@@ -81,27 +81,43 @@ TEST(Handle, RefusedAllocations) {
     EXPECT_EQ(memory, env);
     const int live = heap.live;
     ASSERT_EQ(alloc(env, OCI_HTYPE_ERROR, 100), OCI_SUCCESS);
-    EXPECT_EQ(handle, error);
     std::memset(memory, 1, 100);
+    OCIHandleFree(env, OCI_HTYPE_ENV);
+    EXPECT_EQ(heap.live, live + 1);  // the handle that waits
+}
+
+// A second free finds no new owner for 255 others, and no more wait than that.
+TEST(Handle, FreedOnesWaitInTurn) {
+    OCIEnv *const env = new_env();
+    OCIError *const freed = new_error(env), *owner = nullptr;
+    OCIHandleFree(freed, OCI_HTYPE_ERROR);
+    int until_taken_over = 0;
+    for (; owner != freed && until_taken_over < 1000; ++until_taken_over) {
+        EXPECT_EQ(OCIHandleFree(freed, OCI_HTYPE_ERROR), OCI_INVALID_HANDLE);
+        owner = new_error(env);
+        EXPECT_EQ(OCIHandleFree(owner, OCI_HTYPE_ERROR), OCI_SUCCESS);
+    }
+    EXPECT_EQ(until_taken_over, 256);
+    const int live = heap.live;
+    for (int i = 0; i < 1000; ++i) new_error(env);
     OCIHandleFree(env, OCI_HTYPE_ENV);
     EXPECT_EQ(heap.live, live);
 }
 
 // The program's own memory comes with a size and a place for its address, and goes with the handle.
 TEST(Handle, UserMemory) {
-    OCIEnv *env = new_env();
-    OCIHandleFree(env, OCI_HTYPE_ENV);
-    const int live = heap.live;
     for (const auto &[size, has_place] : {std::pair{size_t{8}, true}, {8, false}, {0, true}}) {
+        OCIEnv *env = nullptr;
         void *memory = &heap;
+        const int waiting = heap.live + 1;
         EXPECT_EQ(OCIEnvCreate(&env, 0, nullptr, nullptr, nullptr, nullptr, size,
                                has_place ? &memory : nullptr),
                   OCI_SUCCESS);
         const bool is_given = size > 0 && has_place;
         EXPECT_EQ(memory != &heap, is_given);
-        EXPECT_EQ(heap.live, live + is_given);
+        EXPECT_EQ(heap.live, waiting + is_given);
         EXPECT_EQ(OCIHandleFree(env, OCI_HTYPE_ENV), OCI_SUCCESS);
-        EXPECT_EQ(heap.live, live);
+        EXPECT_EQ(heap.live, waiting);
     }
 }
 

@@ -42,7 +42,7 @@ sword QZCICalcNumToNumber(const QZCICalcNumber *in, OCINumber *out);
 // ("1.5E125", "1E-100"); "~" and "-~" for infinities. What the buffer cannot hold is
 // rounded off, half away from zero; plain text whose integer digits do not fit takes
 // an exponent. OCI_ERROR, with an empty text when there is a byte for it, when the
-// buffer cannot hold one digit with its exponent.
+// buffer cannot hold one digit with its exponent, and for a record that no function made.
 sword QZCICalcNumToStr(const QZCICalcNumber *in, char *buf, size_t size);
 
 // Sum, difference and product: exact when they fit in 24 digits, else cut off toward zero

@@ -20,8 +20,13 @@ struct Shown {
     int exponent;
 };
 
-void read_digits(const QZCICalcNumber &n, Shown &d) {
+// False for digits that no function of the engine leaves: a first of zero, one above 99.
+bool read_digits(const QZCICalcNumber &n, Shown &d) {
     const calc::Digits packed = calc::digits_of(n);
+    for (unsigned i = 0; i < window; ++i) {
+        if (digit_at(packed, i) > 99) return false;
+    }
+    if (digit_at(packed, 0) == 0) return false;
     char text[max_digits];
     for (unsigned i = 0; i < window; ++i) {
         const unsigned digit = digit_at(packed, i);
@@ -34,7 +39,9 @@ void read_digits(const QZCICalcNumber &n, Shown &d) {
     d.count = length - first;
     d.exponent = 2 * calc::exponent_of(n) + 1 - first;
     std::memcpy(d.digits, text + first, static_cast<size_t>(d.count));
+    return true;
 }
+
 // Rounds half away from zero to `count` digits, 0 < count < d.count.
 void round_digits(Shown &d, int count) {
     const bool up = d.digits[count] >= '5';
@@ -110,7 +117,7 @@ extern "C" sword QZCICalcNumToStr(const QZCICalcNumber *in, char *buf, size_t si
     if (calc::is_infinite(*in)) return copy_text(negative ? "-~" : "~", buf, size);
 
     Shown d;
-    read_digits(*in, d);
+    if (!read_digits(*in, d)) return OCI_ERROR;
     // Longer than any text of a record.
     constexpr size_t longest = 2 * max_digits;
     const int room = static_cast<int>(size < longest ? size : longest) - 1 - negative;

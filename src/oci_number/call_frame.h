@@ -45,8 +45,8 @@ sword OCINumberSetError(OCIError *errhp, int err_code, const char *fmt, ...)
 // The precision with which "%.*s" shows a caller's text: it is an int, and no
 // message is longer than the handle's field.
 inline int OCINumberShownLength(ub4 length) {
-    return length < err_message_size ? static_cast<int>(length)
-                                     : static_cast<int>(err_message_size);
+    constexpr ub4 longest = err_message_size - 1;
+    return static_cast<int>(length < longest ? length : longest);
 }
 
 // Errors with an ERROR line in the log. All return OCI_ERROR.

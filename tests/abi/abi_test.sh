@@ -1,15 +1,17 @@
 #!/bin/bash
-# The shared library exports the listed names and no others, and each public
+# The shared library and the archive export the listed names and no others, and each public
 # header compiles alone, as C99 and as C++, without a warning.
 #
-#   abi_test.sh SHARED_LIBRARY EXPORT_LIST INCLUDE_FOLDER
+#   abi_test.sh SHARED_LIBRARY ARCHIVE EXPORT_LIST INCLUDE_FOLDER
 set -euo pipefail
-library=$1 list=$2 include=$3
+library=$1 archive=$2 list=$3 include=$4
 
 # The version's own name is an absolute symbol.
-diff --label listed <(grep -v '^#' "$list" | LC_ALL=C sort) --label exported \
-    <(nm -D --defined-only "$library" | awk '$2 != "A" { sub(/@.*/, "", $3); print $3 }' |
-        LC_ALL=C sort)
+for names in "nm -D $library" "nm -g $archive"; do
+    diff --label listed <(grep -v '^#' "$list" | LC_ALL=C sort) --label "$names" \
+        <($names --defined-only | awk '$2 ~ /^[B-Z]$/ { sub(/@.*/, "", $3); print $3 }' |
+            LC_ALL=C sort)
+done
 
 cd "$include"
 for header in *.h; do

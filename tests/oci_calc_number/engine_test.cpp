@@ -88,4 +88,16 @@ TEST(Engine, Text) {
     }
 }
 
+// A record that no function made has no text: no digit in front, or bytes that are none.
+TEST(Engine, TextOfNoValue) {
+    for (const auto &[byte, text] :
+         {std::pair{0, ""}, {1, "1.01"}, {99, "99.9"}, {100, ""}, {255, ""}}) {
+        QZCICalcNumber r = {};
+        std::memset(r.data_part, byte, sizeof r.data_part);
+        char buffer[500] = "x";
+        EXPECT_EQ(QZCICalcNumToStr(&r, buffer, sizeof buffer), *text == 0 ? -1 : 0);
+        EXPECT_EQ(std::string(buffer).substr(0, 4), text);
+    }
+}
+
 }  // namespace

@@ -91,7 +91,8 @@ TEST(ConversionTraces, Calls) {
     }
 }
 
-// A quoted text is cut where the handle's message ends, however long it is said to be.
+// A quoted text is cut where the handle's message ends, however long it is said to be; in
+// the log, to as many characters.
 TEST(ConversionTraces, LongMessage) {
     ErrorHandle err;
     const OCINumber n = from_text("1");
@@ -102,6 +103,10 @@ TEST(ConversionTraces, LongMessage) {
     EXPECT_EQ(err.message(), ("OCI-22061: invalid format text [" + x).substr(0, 3072));
     EXPECT_TRUE(err.other_fields_untouched());
     take_log();
+    OCINumber result;
+    EXPECT_EQ(OCINumberFromText(err, bytes(x), 5000, bytes("9"), 1, nullptr, 0, &result),
+              OCI_ERROR);
+    EXPECT_NE(take_masked_log().find(" [" + x.substr(0, 3072) + "]"), std::string::npos);
 }
 
 }  // namespace

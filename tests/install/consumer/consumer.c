@@ -1,4 +1,5 @@
 /* A program of somebody else: C99, and C++ by way of consumer.cpp. */
+#define OCI_NUMBER_NO_PRINTERS
 #include <oci.h>
 #include <oci_number_log.h>
 #include <stdio.h>
@@ -11,6 +12,20 @@
             return 1;                                               \
         }                                                           \
     } while (0)
+
+/* The program's own; the library has functions of these names, the last public. */
+#ifdef __cplusplus
+extern "C" {
+#endif
+int getNumberFromStr(void);
+int my_strtoll10(void);
+const char *print_number(void);
+int getNumberFromStr(void) { return -1; }
+int my_strtoll10(void) { return -1; }
+const char *print_number(void) { return "mine"; }
+#ifdef __cplusplus
+}
+#endif
 
 int main(void) {
     OCIEnv *env = NULL;
@@ -25,6 +40,12 @@ int main(void) {
     OCIError *err = (OCIError *)handle;
     CHECK(OCINumberFromInt(err, &one, sizeof one, OCI_NUMBER_SIGNED, &number) == OCI_SUCCESS);
     CHECK(memcmp(&number, "\x02\xC1\x02", 3) == 0);
+    CHECK(OCINumberFromText(err, (const OraText *)"42", 2, (const OraText *)"99", 2, NULL, 0,
+                            &number) == OCI_SUCCESS);
+    CHECK(memcmp(&number, "\x02\xC1\x2B", 3) == 0);
+    CHECK(OCINumberToInt(err, &number, sizeof one, OCI_NUMBER_SIGNED, &one) == OCI_SUCCESS);
+    CHECK(one == 42);
+    CHECK(strcmp(print_number(), "mine") == 0);
 
     CHECK(qzoci_log_get_level() == QZOCI_LOG_OFF);
     CHECK(OCINumberSqrt(err, NULL, &number) == OCI_ERROR);
