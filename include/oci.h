@@ -46,7 +46,8 @@
  *
  * Threads: the functions keep no state and take no lock. Any number of threads
  * may call them at once, each with an error handle and result of its own.
- * Results do not depend on the locale, the rounding mode or errno. */
+ * Results do not depend on the locale, errno, or what the floating-point unit is
+ * set to: rounding mode, flushing of denormals, precision. */
 #ifndef OCI_H
 #define OCI_H
 
@@ -484,7 +485,8 @@ OCI_NUMBER_API sword OCINumberToRealArray(OCIError *err, const OCINumber **numbe
  * call.
  * Errors: 21560 (argument 2; 4; 3 for another `rnum_length`), 602 when there is
  * no memory. A NaN is OCI_ERROR with nothing in `err`; so is a bit pattern that
- * the long double has no value for. */
+ * the 80-bit format has no value for (one of exponent 0 with its units bit set is
+ * read as the processor reads it, and as small as any is zero). */
 OCI_NUMBER_API sword OCINumberFromReal(OCIError *err, const void *rnum, uword rnum_length,
                                        OCINumber *number);
 
