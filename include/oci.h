@@ -55,14 +55,24 @@
 
 #include "oratypes.h"
 
-/* The version of this library. */
+/* The version that a program is compiled with, in numbers and as text. Versions of the same
+ * major number, 0 too, are compatible: a program that was built with one runs with every later
+ * one, and compiles with it. */
 #define OCI_NUMBER_VERSION_MAJOR 0
 #define OCI_NUMBER_VERSION_MINOR 1
 #define OCI_NUMBER_VERSION_PATCH 0
+#define OCI_NUMBER_QUOTED(number) #number
+#define OCI_NUMBER_DOTTED(major, minor, patch) \
+    OCI_NUMBER_QUOTED(major) "." OCI_NUMBER_QUOTED(minor) "." OCI_NUMBER_QUOTED(patch)
+#define OCI_NUMBER_VERSION \
+    OCI_NUMBER_DOTTED(OCI_NUMBER_VERSION_MAJOR, OCI_NUMBER_VERSION_MINOR, OCI_NUMBER_VERSION_PATCH)
 
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/* The version that a program runs with, as text: "0.1.0". A constant; any thread may ask. */
+OCI_NUMBER_API const char *oci_number_version(void);
 
 /* ---- Numbers ------------------------------------------------------------ */
 
