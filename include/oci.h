@@ -264,7 +264,10 @@ OCI_NUMBER_API sword OCINumberDec(OCIError *err, OCINumber *number);
  *
  * One negative value is unlike its positive mirror: OCINumberPrec and
  * OCINumberRound return a negative value of 20 digit bytes unchanged when the cut
- * falls on its last digit byte.
+ * falls on its last digit byte. Rounded to 37 places,
+ *    12.34567890123456789012345678901234567895 becomes
+ *    12.3456789012345678901234567890123456790, but
+ *   -12.34567890123456789012345678901234567895 stays.
  *
  * Errors: 21560 (argument 2, 4), 22060 (argument 2). */
 
@@ -274,7 +277,8 @@ OCI_NUMBER_API sword OCINumberPrec(OCIError *err, const OCINumber *number, sword
                                    OCINumber *result);
 
 /* Rounds to `dcplace` decimal places; a negative `dcplace` rounds to tens (-1),
- * hundreds (-2) and so on. */
+ * hundreds (-2) and so on. A negative value of 20 digit bytes stays, as above, when
+ * the cut falls on its last. */
 OCI_NUMBER_API sword OCINumberRound(OCIError *err, const OCINumber *number, sword dcplace,
                                     OCINumber *result);
 

@@ -19,6 +19,10 @@ if [[ $(id -u) -ne 0 ]]; then
     as_root=(sudo)
 fi
 echo "Installing ${missing[*]}" >&2
+# Of another architecture, "name:architecture".
+for package in "${missing[@]}"; do
+    [[ $package != *:* ]] || "${as_root[@]}" dpkg --add-architecture "${package#*:}"
+done
 "${as_root[@]}" apt-get update -q </dev/null >&2
 "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
     apt-get install -q -y --no-install-recommends "${missing[@]}" </dev/null >&2
