@@ -3,10 +3,14 @@
 # when all are there; otherwise apt-get's output goes to standard error.
 set -euo pipefail
 
+native=$(dpkg --print-architecture)
 missing=()
 for package in "$@"; do
-    status=$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null) || status=
-    [[ $status == installed ]] || missing+=("$package")
+    # The same package of another architecture does not count.
+    machine=$native
+    [[ $package != *:* ]] || machine=${package#*:}
+    dpkg-query -W -f='${Architecture} ${db:Status-Status}\n' "$package" 2>/dev/null |
+        grep -qxE "($machine|all) installed" || missing+=("$package")
 done
 [[ ${#missing[@]} -gt 0 ]] || exit 0
 

@@ -34,6 +34,10 @@ void add_inputs(CLI::App &command, Inputs &inputs, const char *value_name);
 CLI::Option *add_form(CLI::App &command, const char *option, Form &form, const std::string &forms,
                       const char *description);
 
+// Gives a command an option for a decimal integer; `count` holds the default.
+CLI::Option *add_count(CLI::App &command, const char *option, sword &count,
+                       const char *description);
+
 // Gives a command the option that names its format model.
 void add_model(CLI::App &command, std::string &model);
 
