@@ -64,9 +64,29 @@ class Tables(unittest.TestCase):
                     self.assertEqual((status, out.decode(), err), (0, lines, b""))
                 else:
                     shown = arguments[-1]
+                    shown = re.sub(r"[^ -~]", lambda m: f"\\x{ord(m[0]):02X}", shown)
                     shown = f'"{shown}"' if len(shown) <= 60 else f'"{shown[:60]}"...'
                     message = f"ocinumber: argument 1: {shown}: {expected[0]}\n"
                     self.assertEqual((status, out, err.decode()), (1, b"", message))
+
+    def test_streams(self):
+        def plain(word):
+            return re.sub(r"\\[ntr0]", lambda m: {"n": "\n", "t": "\t", "r": "\r", "0": "\0"}[m[0][1]],
+                          word).encode()
+
+        with tempfile.TemporaryDirectory() as folder:
+            for row in rows("cli_streams.txt"):
+                data, expected = row.index("<<"), row.index("=>")
+                for name in "in.txt", "in.csv":
+                    with open(os.path.join(folder, name), "wb") as file:
+                        file.write(plain(row[data + 1]))
+                for jobs in [], ["--jobs=2"]:
+                    with self.subTest(row[:data] + jobs):
+                        status, out, err = run(*row[:data], *jobs, data=plain(row[data + 1]), cwd=folder)
+                        self.assertEqual(err.decode().splitlines(),
+                                         ["ocinumber: " + m for m in row[expected + 3:]])
+                        self.assertEqual((status, out),
+                                         (int(row[expected + 2]), plain(row[expected + 1])))
 
     def test_inspect(self):
         for value, status, *fault in rows("cli_inspect.txt"):
@@ -136,12 +156,14 @@ class Refusals(unittest.TestCase):
                        ['argument 1: "x": unexpected "x" at column 1',
                         "none.txt: No such file or directory", f'{name}:2: "": no value',
                         f"{folder}: Is a directory", '-:2: "y": unexpected "y" at column 1',
-                        '-:3: "1\\x002": unexpected "\\x00" at column 2'])
+                        '-:3: "1\\x002": unexpected "\\x00" at column 2',
+                        "4 of 9 values refused"])
         records = bytes.fromhex("02C102").ljust(22, b"\0") + bytes(22) + b"\2\xC1"
         self.check(["decode", "--from", "raw"], records, b"1\n",
                    ["-: record 2 at byte 22: " + "00" * 22 +
                     ": length byte is 0: the number is not initialised",
-                    "-: record 3 at byte 44: 02C1: record ends after 2 of 22 bytes"])
+                    "-: record 3 at byte 44: 02C1: record ends after 2 of 22 bytes",
+                    "2 of 3 values refused"])
 
     def test_long_lines(self):
         zeros = b"0" * (MAX_LINE - 1)
@@ -151,7 +173,7 @@ class Refusals(unittest.TestCase):
                 self.check(["encode"], zeros + b"1\n" + zeros + b"11\n5\n" + zeros * 9 + tail,
                            b"02C102\n02C106\n",
                            [f"-:{line}: {shown}: line is longer than 1048576 bytes"
-                            for line in (2, 4)])
+                            for line in (2, 4)] + ["2 of 4 values refused"])
 
 
 class Streams(unittest.TestCase):

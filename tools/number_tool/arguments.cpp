@@ -4,7 +4,7 @@
 #include <numeric>
 #include <utility>
 
-#include "stream.h"
+#include "messages.h"
 
 namespace number_tool {
 

@@ -3,45 +3,32 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
-#include <memory>
+#include <string>
 #include <vector>
 
-#include "forms.h"
-#include "stream.h"
+#include "output.h"
 
 namespace number_tool {
 
 struct Command {
-    CLI::App *app;
-    // Runs the command; true when all went well.
-    std::function<bool(Output &)> run;
+    CLI::App *app;         // its name, what it does in a line, its options
+    std::string values;    // what stands behind the options
+    std::string details;   // paragraphs
+    std::string examples;  // lines
+    // Returns the tool's exit status. Throws CLI::ValidationError for options that do not fit.
+    std::function<int(Output &)> run;
 };
 
-Command add_encode(CLI::App &tool);
-Command add_decode(CLI::App &tool);
+// convert, and its short ones encode and decode.
+std::vector<Command> add_conversions(CLI::App &tool);
 Command add_inspect(CLI::App &tool);
 Command add_format(CLI::App &tool);
 Command add_parse(CLI::App &tool);
-Command add_calc(CLI::App &tool);
 // round, trunc, prec, shift, abs, neg.
 std::vector<Command> add_operations(CLI::App &tool);
-
-// Gives a command the arguments that name its inputs.
-void add_inputs(CLI::App &command, Inputs &inputs, const char *value_name);
-
-// Gives a command an option for one of `forms`, names separated by "|"; `form`
-// holds the default.
-CLI::Option *add_form(CLI::App &command, const char *option, Form &form, const std::string &forms,
-                      const char *description);
-
-// Gives a command an option for a decimal integer; `count` holds the default.
-CLI::Option *add_count(CLI::App &command, const char *option, sword &count,
-                       const char *description);
-
-// Gives a command the option that names its format model.
-void add_model(CLI::App &command, std::string &model);
-
-// Raw records come from files; throws CLI::ValidationError for other values.
-Framing framing_of(Form form, const Inputs &inputs);
+Command add_calc(CLI::App &tool);
+Command add_stats(CLI::App &tool);
+// help, man, completion; they tell of all `commands`.
+std::vector<Command> add_help(CLI::App &tool, const std::vector<Command> &commands);
 
 }  // namespace number_tool

@@ -1,14 +1,18 @@
+#include <algorithm>
+#include <memory>
+
 #include "commands.h"
 #include "library_error.h"
+#include "number_stream.h"
 
 namespace number_tool {
 
 namespace {
 
-// Writes the number's text under the model, with a line end.
-char *format_number(LibraryError &error, const OCINumber &number, const std::string &model,
+// Writes the number's text under the model.
+char *format_number(const LibraryError &error, const OCINumber &number, const std::string &model,
                     char *out, std::string &reason) {
-    ub4 size = max_result - 1;
+    ub4 size = max_result;
     if (OCINumberToText(error.handle(), &number, reinterpret_cast<const OraText *>(model.data()),
                         static_cast<ub4>(model.size()), nullptr, 0, &size,
                         reinterpret_cast<OraText *>(out)) != OCI_SUCCESS) {
@@ -16,51 +20,54 @@ char *format_number(LibraryError &error, const OCINumber &number, const std::str
         reason = error.code() == 602 ? "no text of 128 characters or fewer" : error.message();
         return nullptr;
     }
-    out[size] = '\n';
-    return out + size + 1;
+    return out + size;
+}
+
+// Refuses a model before any number is read.
+void check_model(const std::string &model) {
+    if (model.empty()) throw CLI::ValidationError("--model", "no model");
+    const LibraryError error;
+    constexpr OCINumber zero = {{1, 128}};
+    char text[max_result];
+    std::string reason;
+    const bool fits = format_number(error, zero, model, text, reason) != nullptr;
+    if (!fits && error.code() == 22061) throw CLI::ValidationError("--model", reason);
+    if (!fits && model.find_first_of("09") == model.npos) {
+        throw CLI::ValidationError("--model", "no number has a text under a model without digits");
+    }
 }
 
 }  // namespace
 
 Command add_format(CLI::App &tool) {
     struct Options {
-        Inputs inputs;
-        Form from = Form::text;
+        StreamOptions stream;
+        Reading from;
         std::string model;
-        LibraryError error;
     };
     const auto options = std::make_shared<Options>();
     CLI::App *const app = tool.add_subcommand("format", "Numbers to texts under a format model");
-    app->footer(
-        "A model is TM or TM9 for all digits, or digit positions 9 and 0 with at most one\n"
-        "period, FM before them to leave out blanks and padding.\n\n"
-        "Examples:\n"
-        "  ocinumber format --model 9990.99 123.456 -0.5\n"
-        "  ocinumber format --model FM9990.99 --from raw --file amounts.raw");
     add_model(*app, options->model);
-    add_form(*app, "--from", options->from, "text|hex|list|raw", "Form of the numbers");
-    add_inputs(*app, options->inputs, "NUMBER");
-    return {app, [options](Output &out) {
-                // Refuses a model before any number is read.
-                if (options->model.empty()) throw CLI::ValidationError("--model", "no model");
-                constexpr OCINumber zero = {{1, 128}};
-                std::string reason;
-                if (format_number(options->error, zero, options->model, out.room(), reason) ==
-                        nullptr &&
-                    options->error.code() == 22061) {
-                    throw CLI::ValidationError("--model", reason);
-                }
-                const Form from = options->from;
-                return for_each_value(
-                    options->inputs, framing_of(from, options->inputs),
-                    [&options, from](std::string_view value, char *result, std::string &fault) {
-                        GivenBytes given;
-                        return read_number(from, value, given, fault)
-                                   ? format_number(options->error, given.number, options->model,
-                                                   result, fault)
-                                   : nullptr;
-                    },
-                    out);
+    add_form(*app, "--from", options->from.form, forms_read, "Form of the numbers");
+    add_strict(*app, options->from.is_strict);
+    add_stream_options(*app, options->stream);
+    const auto make_operation = [options]() -> Operation {
+        return [options, error = std::make_shared<LibraryError>()](const Value &value, char *out,
+                                                                   std::string &reason) -> char * {
+            GivenBytes given;
+            if (!read_number(options->from, value.text, given, reason)) return nullptr;
+            return format_number(*error, given.number, options->model, out, reason);
+        };
+    };
+    return {app, "[NUMBER]...",
+            "A model is TM or TM9 for all digits, or digit positions 9 and 0 with at most one "
+            "period, FM before them to leave out blanks and padding.",
+            "ocinumber format --model 9990.99 123.456 -0.5\n"
+            "ocinumber format --model FM9990.99 --from raw --file amounts.raw",
+            [options, make_operation](Output &out) {
+                check_model(options->model);
+                settle(options->stream, options->from.form, Form::text);
+                return for_each_value(options->stream, make_operation, out).status();
             }};
 }
 

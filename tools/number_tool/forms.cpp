@@ -5,9 +5,10 @@
 #include <charconv>
 #include <cstring>
 
+#include "decimal.h"
+#include "messages.h"
 #include "number_bytes.h"
 #include "oci_utils/oci_utils.h"
-#include "stream.h"
 
 namespace number_tool {
 
@@ -30,10 +31,6 @@ bool refuse(std::string &reason, std::string text) {
     reason = std::move(text);
     return false;
 }
-
-std::string column(size_t index) { return " at column " + std::to_string(index + 1); }
-
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
 size_t skip_blanks(std::string_view text, size_t at) {
     while (at < text.size() && text[at] == ' ') ++at;
@@ -67,10 +64,10 @@ bool read_hex(std::string_view value, GivenBytes &given, std::string &reason) {
     const auto nibble = [&](size_t at) { return nibbles[static_cast<ub1>(value[at])]; };
     for (size_t at = skip_blanks(value, 0); at < value.size(); at = skip_blanks(value, at + 2)) {
         if (nibble(at) == no_nibble) {
-            return refuse(reason, "unexpected " + in_quotes(value.substr(at, 1)) + column(at));
+            return refuse(reason, "unexpected " + in_quotes(value.substr(at, 1)) + at_column(at));
         }
         if (at + 1 == value.size() || nibble(at + 1) == no_nibble) {
-            return refuse(reason, "second hex digit of a byte expected" + column(at + 1));
+            return refuse(reason, "second hex digit of a byte expected" + at_column(at + 1));
         }
         if (!add_byte(given, nibble(at) * 16u + nibble(at + 1), reason)) return false;
     }
@@ -81,8 +78,8 @@ bool read_hex(std::string_view value, GivenBytes &given, std::string &reason) {
 bool read_list_number(std::string_view value, size_t &at, unsigned &n, std::string &reason) {
     const char *const from = value.data() + at;
     const auto [end, error] = std::from_chars(from, value.data() + value.size(), n);
-    if (end == from) return refuse(reason, "number expected" + column(at));
-    if (error != std::errc{} || n > 255) return refuse(reason, "number above 255" + column(at));
+    if (end == from) return refuse(reason, "number expected" + at_column(at));
+    if (error != std::errc{} || n > 255) return refuse(reason, "number above 255" + at_column(at));
     at += static_cast<size_t>(end - from);
     return true;
 }
@@ -91,13 +88,13 @@ bool read_list(std::string_view value, GivenBytes &given, std::string &reason) {
     given.count = 0;
     size_t at = find_list(value);
     if (at == value.npos)
-        return refuse(reason, "\"Len=\" expected" + column(skip_blanks(value, 0)));
+        return refuse(reason, "\"Len=\" expected" + at_column(skip_blanks(value, 0)));
     at += list_start.size();
     unsigned length, n;
     if (!read_list_number(value, at, length, reason)) return false;
     if (!add_byte(given, length, reason)) return false;
     if (at == value.size() || value[at] != ':')
-        return refuse(reason, "\":\" expected" + column(at));
+        return refuse(reason, "\":\" expected" + at_column(at));
     at = skip_blanks(value, at + 1);
     if (at == value.size()) return true;
     // One number more than the length, the length itself in front: print_number's own line.
@@ -110,7 +107,7 @@ bool read_list(std::string_view value, GivenBytes &given, std::string &reason) {
         if (!repeats_length && !add_byte(given, n, reason)) return false;
         at = skip_blanks(value, at);
         if (at == value.size()) return true;
-        if (value[at] != ',') return refuse(reason, "\",\" expected" + column(at));
+        if (value[at] != ',') return refuse(reason, "\",\" expected" + at_column(at));
         at = skip_blanks(value, at + 1);
     }
 }
@@ -124,35 +121,77 @@ bool read_record(std::string_view value, GivenBytes &given, std::string &reason)
     return true;
 }
 
-// Why the codec refuses the text.
-std::string text_fault(std::string_view value) {
-    if (value.empty()) return "no value";
-    size_t at = skip_blanks(value, 0);
-    if (at < value.size() && value[at] == '-') ++at;
-    bool has_digit = false, has_period = false;
-    for (; at < value.size(); ++at) {
-        if (value[at] == '.') {
-            if (has_period) return "second period" + column(at);
-            has_period = true;
-        } else if (is_digit(value[at])) {
-            has_digit = true;
-        } else {
-            return "unexpected " + in_quotes(value.substr(at, 1)) + column(at);
-        }
+// The bytes behind the length byte, as sortable text has them; without the ending byte if digits
+// are wanted alone.
+bool read_tail(Form form, std::string_view value, GivenBytes &given, std::string &reason) {
+    GivenBytes tail;
+    if (!read_hex(value, tail, reason)) return false;
+    given.count = 0;
+    add_byte(given, tail.count, reason);
+    for (unsigned i = 0; i < tail.count; ++i) {
+        if (!add_byte(given, tail.number.OCINumberPart[i], reason)) return false;
     }
-    return has_digit ? "magnitude is 1E126 or more" : "no digit";
+    const OCINumber &number = given.number;
+    if (form == Form::digits && tail.count > 1 && tail.count <= max_digits && is_negative(number)) {
+        given.number.OCINumberPart[0] = static_cast<ub1>(tail.count + 1);
+        add_byte(given, ending_byte, reason);
+    }
+    return true;
 }
 
-bool read_text(std::string_view value, GivenBytes &given, std::string &reason) {
-    // The codec only reads the text, and it is no longer than a line.
-    auto *const text = reinterpret_cast<ub1 *>(const_cast<char *>(value.data()));
-    if (getNumberFromStr(&given.number, text, static_cast<ub4>(value.size())) != OCI_SUCCESS) {
-        const std::string_view name = value.substr(skip_blanks(value, 0));
-        if (name != "~" && name != "-~") return refuse(reason, text_fault(value));
-        set_infinity(given.number, name == "-~");
+constexpr std::string_view base64_digits =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+bool read_base64(std::string_view value, GivenBytes &given, std::string &reason) {
+    given.count = 0;
+    unsigned bits = 0, bit_count = 0;
+    size_t at = 0;
+    for (; at < value.size() && value[at] != '='; ++at) {
+        const size_t digit = base64_digits.find(value[at]);
+        if (digit == value.npos) {
+            return refuse(reason, "unexpected " + in_quotes(value.substr(at, 1)) + at_column(at));
+        }
+        bits = bits << 6 | static_cast<unsigned>(digit);
+        bit_count += 6;
+        if (bit_count < 8) continue;
+        bit_count -= 8;
+        if (!add_byte(given, bits >> bit_count & 255, reason)) return false;
     }
+    const size_t padding = value.size() - at;
+    const bool is_padded = value.substr(at) == std::string_view("==").substr(0, padding);
+    if (value.size() % 4 != 0 || padding > 2 || !is_padded) {
+        return refuse(reason, "not whole groups of four characters");
+    }
+    if ((bits & ((1u << bit_count) - 1)) != 0) {
+        return refuse(reason, "bits left over behind the last byte");
+    }
+    return given.count > 0 || refuse(reason, "no bytes");
+}
+
+bool read_text(bool is_strict, std::string_view value, GivenBytes &given, std::string &reason) {
+    if (!read_decimal(value, is_strict, given.number, reason)) return false;
     given.count = given.number.OCINumberPart[0] + 1u;
     return true;
+}
+
+// Malformed bytes are rare, and told apart by find_faults.
+bool is_plain_number(const GivenBytes &given) {
+    const ub1 *const bytes = given.number.OCINumberPart;
+    const unsigned length = bytes[0];
+    if (given.count != length + 1 && given.count != OCI_NUMBER_SIZE) return false;
+    if (length == 1) return bytes[1] == zero_exponent_byte;
+    if (length == 0 || length > max_length || given.count <= length) return false;
+    if (bytes[1] == zero_exponent_byte) return false;
+    const bool negative = is_negative(bytes[1]);
+    unsigned digits = length - 1;
+    if (negative && digits < max_digits) {
+        if (bytes[length] != ending_byte || --digits == 0) return false;
+    }
+    // The same for both signs: 1 to 100, or 2 to 101.
+    const unsigned lowest = 1u + negative;
+    unsigned wrong = 0;
+    for (unsigned i = 0; i < digits; ++i) wrong |= static_cast<ub1>(bytes[2 + i] - lowest) > 99;
+    return wrong == 0;
 }
 
 char *put(char *out, std::string_view text) {
@@ -160,12 +199,41 @@ char *put(char *out, std::string_view text) {
     return out + text.size();
 }
 
-char *write_hex(const OCINumber &number, char *out) {
-    for (unsigned i = 0; i <= number.OCINumberPart[0]; ++i) {
-        *out++ = "0123456789ABCDEF"[number.OCINumberPart[i] >> 4];
-        *out++ = "0123456789ABCDEF"[number.OCINumberPart[i] & 15];
+char *write_hex(const ub1 *bytes, unsigned count, char *out) {
+    for (unsigned i = 0; i < count; ++i) {
+        *out++ = "0123456789ABCDEF"[bytes[i] >> 4];
+        *out++ = "0123456789ABCDEF"[bytes[i] & 15];
     }
     return out;
+}
+
+char *write_hex(const OCINumber &number, char *out) {
+    return write_hex(number.OCINumberPart, number.OCINumberPart[0] + 1u, out);
+}
+
+char *write_base64(const OCINumber &number, char *out) {
+    const unsigned count = number.OCINumberPart[0] + 1u;
+    for (unsigned i = 0; i < count; i += 3) {
+        unsigned bits = 0;
+        for (unsigned k = i; k < i + 3; ++k) {
+            bits = bits << 8 | (k < count ? number.OCINumberPart[k] : 0u);
+        }
+        for (unsigned k = 0; k < 4; ++k) {
+            *out++ = i + k <= count ? base64_digits[bits >> (18 - 6 * k) & 63] : '=';
+        }
+    }
+    return out;
+}
+
+char *write_text(const OCINumber &number, char *out, std::string &reason) {
+    ub2 size = 256;  // the longest text has 2 + 128 + 40 characters
+    if (is_positive_infinity(number)) return put(out, "~");
+    if (is_negative_infinity(number)) return put(out, "-~");
+    if (getStrFromNumber(&number, reinterpret_cast<OraText *>(out), &size) == OCI_SUCCESS) {
+        return out + size;
+    }
+    refuse(reason, "no decimal text");
+    return nullptr;
 }
 
 char *write_list(const OCINumber &number, char *out) {
@@ -188,28 +256,25 @@ size_t find_list(std::string_view value) {
     return at;
 }
 
-const std::map<std::string, Form> &form_names() {
-    static const std::map<std::string, Form> names = {{"text", Form::text},
-                                                      {"hex", Form::hex},
-                                                      {"list", Form::list},
-                                                      // The name of old.
-                                                      {"dump", Form::list},
-                                                      {"raw", Form::raw}};
-    return names;
-}
-
-bool read_bytes(Form form, std::string_view value, GivenBytes &given, std::string &reason) {
-    switch (form) {
-        case Form::text: return read_text(value, given, reason);
+bool read_bytes(const Reading &reading, std::string_view value, GivenBytes &given,
+                std::string &reason) {
+    switch (reading.form) {
+        case Form::text: return read_text(reading.is_strict, value, given, reason);
         case Form::hex: return read_hex(value, given, reason);
         case Form::list: return read_list(value, given, reason);
         case Form::raw: return read_record(value, given, reason);
+        case Form::base64: return read_base64(value, given, reason);
+        case Form::digits:
+        case Form::sortable: return read_tail(reading.form, value, given, reason);
+        case Form::json: break;  // never read
     }
     return false;
 }
 
-bool read_number(Form form, std::string_view value, GivenBytes &given, std::string &reason) {
-    if (!read_bytes(form, value, given, reason)) return false;
+bool read_number(const Reading &reading, std::string_view value, GivenBytes &given,
+                 std::string &reason) {
+    if (!read_bytes(reading, value, given, reason)) return false;
+    if (reading.form == Form::text || is_plain_number(given)) return true;
     const Faults faults = find_faults(given);
     if (const Fault *fault = faults.malformed()) return refuse(reason, describe(*fault, given));
     return true;
@@ -217,23 +282,9 @@ bool read_number(Form form, std::string_view value, GivenBytes &given, std::stri
 
 char *write_number(Form form, const OCINumber &number, char *out, std::string &reason) {
     switch (form) {
-        case Form::text: {
-            ub2 size = 256;  // the longest text has 2 + 128 + 40 characters
-            if (is_positive_infinity(number)) {
-                out = put(out, "~");
-            } else if (is_negative_infinity(number)) {
-                out = put(out, "-~");
-            } else if (getStrFromNumber(&number, reinterpret_cast<OraText *>(out), &size) ==
-                       OCI_SUCCESS) {
-                out += size;
-            } else {
-                refuse(reason, "no decimal text");
-                return nullptr;
-            }
-            break;
-        }
-        case Form::hex: out = write_hex(number, out); break;
-        case Form::list: out = write_list(number, out); break;
+        case Form::text: return write_text(number, out, reason);
+        case Form::hex: return write_hex(number, out);
+        case Form::list: return write_list(number, out);
         case Form::raw: {
             // Bytes behind the value say nothing and are written as zeros.
             const size_t length = number.OCINumberPart[0] + size_t{1};
@@ -241,9 +292,25 @@ char *write_number(Form form, const OCINumber &number, char *out, std::string &r
             std::memset(out + length, 0, OCI_NUMBER_SIZE - length);
             return out + OCI_NUMBER_SIZE;
         }
+        case Form::base64: return write_base64(number, out);
+        case Form::digits: {
+            const bool is_finite = !is_zero(number) && !is_negative_infinity(number);
+            const unsigned count = is_finite ? digit_count(number) + 1 : 1;
+            return write_hex(number.OCINumberPart + 1, count, out);
+        }
+        case Form::sortable: {
+            // Of equal values the bytes are equal in normal form only.
+            OCINumber normal = number;
+            normalize(normal);
+            return write_hex(normal.OCINumberPart + 1, normal.OCINumberPart[0], out);
+        }
+        case Form::json:
+            out = write_text(number, put(out, "{\"value\":\""), reason);
+            if (out == nullptr) return nullptr;
+            out = write_hex(number, put(out, "\",\"bytes\":\""));
+            return put(out, "\"}");
     }
-    *out++ = '\n';
-    return out;
+    return nullptr;
 }
 
 }  // namespace number_tool

@@ -1,164 +1,63 @@
 // ocinumber: the number library on the command line.
 //
-// Exit status: 0 all went well, 1 a value, file or write failed, 2 wrong usage.
+// Exit status: 0 all went well, 1 a value, file or write failed, 2 wrong usage or no memory.
 #include <algorithm>
-#include <charconv>
 #include <csignal>
 #include <cstring>
-#include <sstream>
+#include <new>
 
 #include "arguments.h"
 #include "commands.h"
+#include "help.h"
+#include "messages.h"
+#include "oci.h"
 
 namespace number_tool {
 
 namespace {
 
-// Options stand in a column of this width, so that help fits into 80.
-constexpr size_t option_column = 27;
-
-}  // namespace
-
-void add_inputs(CLI::App &command, Inputs &inputs, const char *value_name) {
-    // Raw callbacks: the values are taken as they are, also {} and %%.
-    command
-        .add_option(
-            value_name,
-            [&inputs](const CLI::results_t &values) {
-                inputs.values = values_of(values);
-                return true;
-            },
-            "Values; standard input is read when there are\n"
-            "neither values nor files")
-        ->type_name("")
-        ->expected(1, -1)
-        ->allow_extra_args();
-    command
-        .add_option(
-            "-f,--file",
-            [&inputs](const CLI::results_t &files) {
-                inputs.files = values_of(files);
-                return true;
-            },
-            "File of values, read after those given as\n"
-            "arguments; - is standard input; may be repeated")
-        ->type_name("FILE")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+int refuse_command(const std::string &name, const std::vector<Command> &commands) {
+    std::vector<std::string> names;
+    for (const Command &command : commands) names.push_back(command.app->get_name());
+    const std::string meant = nearest_name(name, names);
+    report("unknown command " + in_quotes(name) +
+           (meant.empty() ? "; --help lists the commands"
+                          : "; did you mean " + in_quotes(meant) + "?"));
+    return 2;
 }
-
-CLI::Option *add_form(CLI::App &command, const char *option, Form &form, const std::string &forms,
-                      const char *description) {
-    const auto default_name =
-        std::find_if(form_names().begin(), form_names().end(),
-                     [&form](const auto &name) { return name.second == form; });
-    return command
-        .add_option(
-            option,
-            [&form, forms, option](const CLI::results_t &names) {
-                const std::string name = value_of(names.back());
-                const auto found = form_names().find(name);
-                if (found == form_names().end() ||
-                    (found->second == Form::text && !forms.starts_with("text"))) {
-                    throw CLI::ValidationError(option, in_quotes(name) + " is not " + forms);
-                }
-                form = found->second;
-                return true;
-            },
-            std::string(description) + " (default " + default_name->first + ")")
-        ->type_name(forms)
-        ->expected(1);
-}
-
-CLI::Option *add_count(CLI::App &command, const char *option, sword &count,
-                       const char *description) {
-    return command
-        .add_option(
-            option,
-            [&count, option](const CLI::results_t &numbers) {
-                const std::string number = value_of(numbers.back());
-                const char *const end = number.data() + number.size();
-                const auto [parsed, error] = std::from_chars(number.data(), end, count);
-                if (parsed != end || error != std::errc{}) {
-                    throw CLI::ValidationError(
-                        option, in_quotes(number) + " is no decimal integer of 32 bits");
-                }
-                return true;
-            },
-            description)
-        ->type_name("N")
-        ->expected(1);
-}
-
-void add_model(CLI::App &command, std::string &model) {
-    command
-        .add_option(
-            "-m,--model",
-            [&model](const CLI::results_t &models) {
-                model = value_of(models.back());
-                return true;
-            },
-            "Format model")
-        ->type_name("MODEL")
-        ->expected(1)
-        ->required();
-}
-
-Framing framing_of(Form form, const Inputs &inputs) {
-    if (form != Form::raw) return Framing::lines;
-    if (!inputs.values.empty()) {
-        throw CLI::ValidationError("--from raw", "records are read from files or standard input");
-    }
-    return Framing::records;
-}
-
-namespace {
 
 int run(int argc, char **argv, Output &out) {
-    CLI::App tool(
-        "Converts between decimal text and 22-byte base-100 numbers.\n"
-        "Exit status: 0 all went well; 1 a value, file or write failed; 2 wrong usage.",
-        "ocinumber");
-    tool.footer(
-        "Run \"ocinumber COMMAND --help\" for a command's options and examples.\n\n"
-        "Example:\n"
-        "  ocinumber encode 1.5 -2 | ocinumber decode");
+    CLI::App tool("", "ocinumber");
     tool.set_version_flag("--version", "ocinumber " OCI_NUMBER_VERSION);
-    tool.get_formatter()->column_width(option_column);
-    tool.require_subcommand(1);
-    std::vector<Command> commands = {add_encode(tool), add_decode(tool), add_inspect(tool),
-                                     add_format(tool), add_parse(tool),  add_calc(tool)};
-    for (Command &command : add_operations(tool)) commands.push_back(std::move(command));
-    std::vector<std::string> words = parser_arguments(argc, argv);
-    const auto command_word =
-        std::find_if(words.rbegin(), words.rend(),
-                     [](const std::string &word) { return !word.starts_with('-'); });
-    if (command_word != words.rend()) {
-        std::vector<std::string> names;
-        for (const Command &command : commands) names.push_back(command.app->get_name());
-        if (std::find(names.begin(), names.end(), *command_word) == names.end()) {
-            const std::string meant = nearest_name(*command_word, names);
-            report("unknown command " + in_quotes(*command_word) +
-                   (meant.empty() ? "; --help lists the commands"
-                                  : "; did you mean " + in_quotes(meant) + "?"));
-            return 2;
-        }
+    tool.set_help_flag("-h,--help", "Tell what the command does");
+    std::vector<Command> commands = add_conversions(tool);
+    for (const auto add : {add_inspect, add_format, add_parse, add_calc, add_stats}) {
+        commands.push_back(add(tool));
     }
+    for (Command &command : add_operations(tool)) commands.push_back(std::move(command));
+    for (Command &command : add_help(tool, commands)) commands.push_back(std::move(command));
+
+    std::vector<std::string> words = parser_arguments(argc, argv);
+    const auto name = std::find_if(words.rbegin(), words.rend(),
+                                   [](const std::string &word) { return !word.starts_with('-'); });
+    const auto command = std::find_if(commands.begin(), commands.end(), [&](const Command &known) {
+        return name != words.rend() && known.app->get_name() == *name;
+    });
+    if (name != words.rend() && command == commands.end()) return refuse_command(*name, commands);
     try {
         tool.parse(words);
-        bool good = true;
-        for (const Command &command : commands) {
-            if (command.app->parsed()) good &= command.run(out);
-        }
-        return good ? 0 : 1;
+        if (command == commands.end()) throw CLI::RequiredError("a command");
+        return command->run(out);
+    } catch (const CLI::CallForHelp &) {
+        out.write(command == commands.end() ? tool_help(commands) : command_help(*command));
+        return 0;
+    } catch (const CLI::CallForVersion &version) {
+        out.write(std::string(version.what()) + "\n");
+        return 0;
     } catch (const CLI::ExtrasError &error) {
         report(shown_message(error.what()) + "; values that look like options go behind --");
         return 2;
     } catch (const CLI::ParseError &error) {
-        std::ostringstream text, message;
-        const int status = tool.exit(error, text, message);
-        out.write(text.str());
-        if (status == 0) return 0;
         report(shown_message(error.what()));
         return 2;
     }
@@ -172,13 +71,13 @@ int main(int argc, char **argv) {
     using namespace number_tool;
     // A closed pipe shows as the write's error.
     std::signal(SIGPIPE, SIG_IGN);
-    Output out;
     try {
+        Output out;
         const int status = run(argc, argv, out);
         out.close();
         return status;
-    } catch (const OutputClosed &) {
-        return out.has_refused() ? 1 : 0;
+    } catch (const OutputClosed &closed) {
+        return closed.status;
     } catch (const MessagesClosed &) {
         return 1;
     } catch (const OutputFailed &failure) {

@@ -1,7 +1,10 @@
 // Commands that compute one number from one number: round, trunc, prec, shift,
 // abs, neg.
+#include <memory>
+
 #include "commands.h"
 #include "library_error.h"
+#include "number_stream.h"
 
 namespace number_tool {
 
@@ -20,63 +23,56 @@ struct NumberOperation {
 
 constexpr NumberOperation operations[] = {
     {"round", "Round to decimal places, half away from zero", "--places",
-     "Decimal places to keep; -1 rounds to tens\n(default 0)", false, OCINumberRound,
-     "  ocinumber round --places 2 123.456    123.46\n"
-     "  ocinumber round --places -1 -15       -20"},
+     "Decimal places to keep; -1 rounds to tens (default 0)", false, OCINumberRound,
+     "ocinumber round --places 2 123.456    123.46\n"
+     "ocinumber round --places -1 -15       -20"},
     {"trunc", "Cut to decimal places, toward zero", "--places",
      "Decimal places to keep; -1 keeps tens (default 0)", false, OCINumberTrunc,
-     "  ocinumber trunc --places 1 -99.99     -99.9"},
+     "ocinumber trunc --places 1 -99.99     -99.9"},
     {"prec", "Round to significant digits, half away from zero", "--digits",
      "Significant decimal digits to keep", true, OCINumberPrec,
-     "  ocinumber prec --digits 4 123.456     123.5"},
+     "ocinumber prec --digits 4 123.456     123.5"},
     {"shift", "Multiply by a power of ten", "--by", "The power", true, OCINumberShift,
-     "  ocinumber shift --by -2 4711          47.11"},
+     "ocinumber shift --by -2 4711          47.11"},
     {"abs", "The magnitude", nullptr, nullptr, false,
      [](OCIError *err, const OCINumber *number, sword, OCINumber *result) {
          return OCINumberAbs(err, number, result);
      },
-     "  ocinumber abs -1.5                    1.5"},
+     "ocinumber abs -1.5                    1.5"},
     {"neg", "The negation", nullptr, nullptr, false,
      [](OCIError *err, const OCINumber *number, sword, OCINumber *result) {
          return OCINumberNeg(err, number, result);
      },
-     "  ocinumber neg 1.5                     -1.5"},
+     "ocinumber neg 1.5                     -1.5"},
 };
 
 Command add_operation(CLI::App &tool, const NumberOperation &operation) {
     struct Options {
-        Inputs inputs;
-        Form from = Form::text;
-        Form to = Form::text;
+        NumberStream numbers;
         sword count = 0;
     };
     const auto options = std::make_shared<Options>();
+    NumberStream &numbers = options->numbers;
     CLI::App *const app = tool.add_subcommand(operation.name, operation.description);
-    app->footer(std::string("Examples:\n") + operation.examples);
     if (operation.option != nullptr) {
         add_count(*app, operation.option, options->count, operation.option_description)
             ->required(operation.option_required);
     }
-    add_form(*app, "--from", options->from, "text|hex|list|raw", "Form of the values");
-    add_form(*app, "--to", options->to, "text|hex|list|raw", "Form of the results");
-    add_inputs(*app, options->inputs, "VALUE");
-    return {
-        app, [options, call = operation.call](Output &out) {
-            const LibraryError err;
-            return for_each_value(
-                options->inputs, framing_of(options->from, options->inputs),
-                [&](std::string_view value, char *end, std::string &reason) -> char * {
-                    GivenBytes given;
-                    if (!read_number(options->from, value, given, reason)) return nullptr;
-                    OCINumber result{};
-                    if (call(err.handle(), &given.number, options->count, &result) != OCI_SUCCESS) {
-                        reason = err.message();
-                        return nullptr;
-                    }
-                    return write_number(options->to, result, end, reason);
-                },
-                out);
-        }};
+    add_form(*app, "--from", numbers.from.form, forms_read, "Form of the values");
+    add_form(*app, "--to", numbers.to, forms_written, "Form of the results");
+    add_strict(*app, numbers.from.is_strict);
+    add_stream_options(*app, numbers.stream);
+    const auto make_function = [options, call = operation.call]() -> NumberFunction {
+        return [options, call, error = std::make_shared<LibraryError>()](
+                   const OCINumber &number, OCINumber &result, std::string &reason) {
+            if (call(error->handle(), &number, options->count, &result) == OCI_SUCCESS) return true;
+            reason = error->message();
+            return false;
+        };
+    };
+    return {app, "[VALUE]...", {}, operation.examples, [options, make_function](Output &out) {
+                return options->numbers.run(make_function, out).status();
+            }};
 }
 
 }  // namespace

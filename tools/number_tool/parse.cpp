@@ -1,11 +1,15 @@
+#include <memory>
+
 #include "commands.h"
 #include "library_error.h"
+#include "messages.h"
+#include "number_stream.h"
 
 namespace number_tool {
 
 namespace {
 
-bool parse_text(LibraryError &error, std::string_view text, const std::string &model,
+bool parse_text(const LibraryError &error, std::string_view text, const std::string &model,
                 OCINumber &number, std::string &reason) {
     if (OCINumberFromText(error.handle(), reinterpret_cast<const OraText *>(text.data()),
                           static_cast<ub4>(text.size()),
@@ -15,48 +19,54 @@ bool parse_text(LibraryError &error, std::string_view text, const std::string &m
     }
     // The message quotes the value, which the report names already.
     reason = error.message();
-    if (error.code() == 22062) reason = "no decimal text under the model \"" + model + "\"";
+    if (error.code() == 22062) reason = "no decimal text under the model " + in_quotes(model);
     if (text.empty()) reason = "no value";
     return false;
+}
+
+// Refuses a model before any text is read.
+void check_model(const std::string &model) {
+    const LibraryError error;
+    OCINumber number;
+    std::string reason;
+    if (!parse_text(error, "0", model, number, reason) && error.code() == 22061) {
+        throw CLI::ValidationError("--model", reason);
+    }
+    if (model.find_first_of("09") == model.npos) {
+        throw CLI::ValidationError("--model", "no text matches a model without digits");
+    }
 }
 
 }  // namespace
 
 Command add_parse(CLI::App &tool) {
     struct Options {
-        Inputs inputs;
+        StreamOptions stream;
         Form to = Form::text;
         std::string model;
-        LibraryError error;
     };
     const auto options = std::make_shared<Options>();
     CLI::App *const app = tool.add_subcommand("parse", "Texts under a format model to numbers");
-    app->footer(
-        "A model has digit positions 9, which a text may leave out in front, and 0, which\n"
-        "it may not, with at most one period.\n\n"
-        "Examples:\n"
-        "  ocinumber parse --model 9999.99 123.45 -0.5\n"
-        "  ocinumber parse --model 0999 --to hex --file codes.txt");
     add_model(*app, options->model);
-    add_form(*app, "--to", options->to, "text|hex|list|raw", "Form of the numbers");
-    add_inputs(*app, options->inputs, "TEXT");
-    return {app, [options](Output &out) {
-                // Refuses a model before any text is read.
-                OCINumber number;
-                std::string reason;
-                if (!parse_text(options->error, "0", options->model, number, reason) &&
-                    options->error.code() == 22061) {
-                    throw CLI::ValidationError("--model", reason);
-                }
-                return for_each_value(
-                    options->inputs, Framing::lines,
-                    [&options](std::string_view value, char *result, std::string &fault) {
-                        OCINumber parsed{};
-                        return parse_text(options->error, value, options->model, parsed, fault)
-                                   ? write_number(options->to, parsed, result, fault)
-                                   : nullptr;
-                    },
-                    out);
+    add_form(*app, "--to", options->to, forms_written, "Form of the numbers");
+    add_stream_options(*app, options->stream);
+    const auto make_operation = [options]() -> Operation {
+        return [options, error = std::make_shared<LibraryError>()](const Value &value, char *out,
+                                                                   std::string &reason) -> char * {
+            OCINumber parsed{};
+            if (!parse_text(*error, value.text, options->model, parsed, reason)) return nullptr;
+            return write_number(options->to, parsed, out, reason);
+        };
+    };
+    return {app, "[TEXT]...",
+            "A model has digit positions 9, which a text may leave out in front, and 0, which it "
+            "may not, with at most one period.",
+            "ocinumber parse --model 9999.99 123.45 -0.5\n"
+            "ocinumber parse --model 0999 --to hex --file codes.txt",
+            [options, make_operation](Output &out) {
+                check_model(options->model);
+                settle(options->stream, Form::text, options->to);
+                return for_each_value(options->stream, make_operation, out).status();
             }};
 }
 
