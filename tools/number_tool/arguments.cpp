@@ -33,18 +33,17 @@ std::vector<std::string> parser_arguments(int argc, char **argv) {
     for (int i = 1; i < argc; ++i) {
         const std::string_view argument = argv[i];
         const bool is_short = argument.size() > 1 && argument[0] == '-' && is_letter(argument[1]);
-        if (only_values) {
-            words.push_back(word_of(argument));
-        } else if (argument == "--") {
+        if (!only_values && argument == "--") {
             only_values = true;
-        } else if (argument.size() > 2 && argument.starts_with("--") && is_letter(argument[2])) {
+        } else if (!only_values && argument.size() > 2 && argument.starts_with("--") &&
+                   is_letter(argument[2])) {
             const size_t name = std::min(argument.find('='), argument.size());
             words.emplace_back(argument.substr(0, name));
             if (name < argument.size()) words.push_back(word_of(argument.substr(name + 1)));
-        } else if (is_short) {
+        } else if (!only_values && is_short) {
             words.emplace_back(argument.substr(0, 2));
             if (argument.size() > 2) words.push_back(word_of(argument.substr(2)));
-        } else if (!has_command) {
+        } else if (!only_values && !has_command) {
             has_command = true;
             words.emplace_back(argument);
         } else {
@@ -61,6 +60,7 @@ std::string value_of(const std::string &word) {
 
 std::vector<std::string> values_of(const std::vector<std::string> &words) {
     std::vector<std::string> values;
+    values.reserve(words.size());
     for (const std::string &word : words) values.push_back(value_of(word));
     return values;
 }

@@ -20,7 +20,7 @@ Command add_conversion(CLI::App &tool, const char *name, const char *summary, Fo
     if (from == Form::text) add_strict(*app, options->from.is_strict);
     add_stream_options(*app, options->stream);
     return {app, "[VALUE]...", {}, {}, [options](Output &out) {
-                return options->run([] { return NumberFunction(); }, out).status();
+                return options->convert(out).status();
             }};
 }
 

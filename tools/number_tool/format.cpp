@@ -54,9 +54,10 @@ Command add_format(CLI::App &tool) {
     const auto make_operation = [options]() -> Operation {
         return [options, error = std::make_shared<LibraryError>()](const Value &value, char *out,
                                                                    std::string &reason) -> char * {
-            GivenBytes given;
-            if (!read_number(options->from, value.text, given, reason)) return nullptr;
-            return format_number(*error, given.number, options->model, out, reason);
+            OCINumber room;
+            const OCINumber *const number = read_number(options->from, value.text, room, reason);
+            if (number == nullptr) return nullptr;
+            return format_number(*error, *number, options->model, out, reason);
         };
     };
     return {app, "[NUMBER]...",

@@ -175,22 +175,24 @@ bool read_text(bool is_strict, std::string_view value, GivenBytes &given, std::s
 }
 
 // Malformed bytes are rare, and told apart by find_faults.
-bool is_plain_number(const GivenBytes &given) {
-    const ub1 *const bytes = given.number.OCINumberPart;
+bool is_plain_number(const ub1 *bytes, unsigned count) {
     const unsigned length = bytes[0];
-    if (given.count != length + 1 && given.count != OCI_NUMBER_SIZE) return false;
+    if (count != length + 1 && count != OCI_NUMBER_SIZE) return false;
     if (length == 1) return bytes[1] == zero_exponent_byte;
-    if (length == 0 || length > max_length || given.count <= length) return false;
+    if (length == 0 || length > max_length || count <= length) return false;
     if (bytes[1] == zero_exponent_byte) return false;
     const bool negative = is_negative(bytes[1]);
     unsigned digits = length - 1;
     if (negative && digits < max_digits) {
         if (bytes[length] != ending_byte || --digits == 0) return false;
     }
-    // The same for both signs: 1 to 100, or 2 to 101.
+    // The same for both signs: 1 to 100, or 2 to 101. All bytes are looked at, which takes a few
+    // instructions for vectors, and those behind the digits do not count.
     const unsigned lowest = 1u + negative;
     unsigned wrong = 0;
-    for (unsigned i = 0; i < digits; ++i) wrong |= static_cast<ub1>(bytes[2 + i] - lowest) > 99;
+    for (unsigned i = 0; i < max_digits; ++i) {
+        wrong |= static_cast<unsigned>(static_cast<ub1>(bytes[2 + i] - lowest) > 99) & (i < digits);
+    }
     return wrong == 0;
 }
 
@@ -271,13 +273,24 @@ bool read_bytes(const Reading &reading, std::string_view value, GivenBytes &give
     return false;
 }
 
-bool read_number(const Reading &reading, std::string_view value, GivenBytes &given,
-                 std::string &reason) {
-    if (!read_bytes(reading, value, given, reason)) return false;
-    if (reading.form == Form::text || is_plain_number(given)) return true;
+const OCINumber *read_number(const Reading &reading, std::string_view value, OCINumber &room,
+                             std::string &reason) {
+    if (reading.form == Form::text) {
+        return read_decimal(value, reading.is_strict, room, reason) ? &room : nullptr;
+    }
+    if (reading.form == Form::raw && value.size() == OCI_NUMBER_SIZE) {
+        const auto *const record = reinterpret_cast<const OCINumber *>(value.data());
+        if (is_plain_number(record->OCINumberPart, OCI_NUMBER_SIZE)) return record;
+    }
+    GivenBytes given;
+    if (!read_bytes(reading, value, given, reason)) return nullptr;
+    room = given.number;
+    if (is_plain_number(given.number.OCINumberPart, given.count)) return &room;
     const Faults faults = find_faults(given);
-    if (const Fault *fault = faults.malformed()) return refuse(reason, describe(*fault, given));
-    return true;
+    const Fault *const fault = faults.malformed();
+    if (fault == nullptr) return &room;
+    reason = describe(*fault, given);
+    return nullptr;
 }
 
 char *write_number(Form form, const OCINumber &number, char *out, std::string &reason) {
@@ -287,9 +300,10 @@ char *write_number(Form form, const OCINumber &number, char *out, std::string &r
         case Form::list: return write_list(number, out);
         case Form::raw: {
             // Bytes behind the value say nothing and are written as zeros.
-            const size_t length = number.OCINumberPart[0] + size_t{1};
-            std::memcpy(out, number.OCINumberPart, length);
-            std::memset(out + length, 0, OCI_NUMBER_SIZE - length);
+            const unsigned length = number.OCINumberPart[0];
+            for (unsigned i = 0; i < OCI_NUMBER_SIZE; ++i) {
+                out[i] = static_cast<char>(i <= length ? number.OCINumberPart[i] : 0);
+            }
             return out + OCI_NUMBER_SIZE;
         }
         case Form::base64: return write_base64(number, out);

@@ -47,9 +47,10 @@ struct Reading {
 bool read_bytes(const Reading &reading, std::string_view value, GivenBytes &given,
                 std::string &reason);
 
-// The same, but malformed bytes are refused: `given.number` is a number then.
-bool read_number(const Reading &reading, std::string_view value, GivenBytes &given,
-                 std::string &reason);
+// The number of a value; null when there is none, also because its bytes are malformed. It stands
+// in `room`, or in the value itself when that is a record: bytes just copied are slow to read.
+const OCINumber *read_number(const Reading &reading, std::string_view value, OCINumber &room,
+                             std::string &reason);
 
 // Writes a well-formed number at `out` and returns the end; nullptr with a reason
 // when it cannot be written.

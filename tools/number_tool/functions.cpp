@@ -191,16 +191,16 @@ bool apply(const Function &function, const LibraryError &error, OCINumber *value
     if (function.compute(error, values, count)) return true;
     // The library names the dividend; of other failures it tells only the step that failed.
     constexpr int divided_by_zero = 22056;
-    const bool any_infinite = std::any_of(values, values + count, is_infinite);
-    if (function.blames_last && !is_infinite(values[0])) {
-        reason = function.refusal;
-    } else if (any_infinite) {
+    const bool is_infinity_wrong = function.blames_last
+                                       ? is_infinite(values[0])
+                                       : std::any_of(values, values + count, is_infinite);
+    if (is_infinity_wrong) {
         reason = "\"" + std::string(function.name) + "\" of " +
                  (count > 1 ? "these infinities" : "an infinity") + " has no value";
-    } else if (error.code() == divided_by_zero || function.refusal.empty()) {
-        reason = error.message();
-    } else {
+    } else if (error.code() != divided_by_zero && !function.refusal.empty()) {
         reason = function.refusal;
+    } else {
+        reason = error.message();
     }
     return false;
 }

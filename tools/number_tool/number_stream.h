@@ -19,8 +19,13 @@ struct NumberStream {
     Reading from;
     Form to = Form::text;
 
-    // Each thread makes its own function; an empty one leaves the numbers as they are.
-    Summary run(const std::function<NumberFunction()> &make_function, Output &out);
+    Summary convert(Output &out);
+    // Each thread makes its own function.
+    Summary compute(const std::function<NumberFunction()> &make_function, Output &out);
+
+private:
+    Operation conversion() const;
+    Operation computation(NumberFunction function) const;
 };
 
 }  // namespace number_tool

@@ -71,7 +71,7 @@ Command add_operation(CLI::App &tool, const NumberOperation &operation) {
         };
     };
     return {app, "[VALUE]...", {}, operation.examples, [options, make_function](Output &out) {
-                return options->numbers.run(make_function, out).status();
+                return options->numbers.compute(make_function, out).status();
             }};
 }
 

@@ -167,9 +167,11 @@ Command add_stats(CLI::App &tool) {
                     }
                     return [&options = *options, tallies, error = std::make_shared<LibraryError>()](
                                const Value &value, char *end, std::string &reason) -> char * {
-                        GivenBytes given;
-                        if (!read_number(options.from, value.text, given, reason)) return nullptr;
-                        (*tallies)[value.field].add(*error, given.number);
+                        OCINumber room;
+                        const OCINumber *const number =
+                            read_number(options.from, value.text, room, reason);
+                        if (number == nullptr) return nullptr;
+                        (*tallies)[value.field].add(*error, *number);
                         return end;
                     };
                 };
