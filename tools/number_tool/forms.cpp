@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "decimal.h"
+#include "digit_words.h"
 #include "messages.h"
 #include "number_bytes.h"
 #include "oci_utils/oci_utils.h"
@@ -174,26 +175,27 @@ bool read_text(bool is_strict, std::string_view value, GivenBytes &given, std::s
     return true;
 }
 
-// Malformed bytes are rare, and told apart by find_faults.
-bool is_plain_number(const ub1 *bytes, unsigned count) {
+// Whether all but the digits is as in a finite number. Signs are as good as random: they take no
+// branch.
+bool has_plain_frame(const OCINumber &number, unsigned count, unsigned &digits) {
+    const ub1 *const bytes = number.OCINumberPart;
     const unsigned length = bytes[0];
-    if (count != length + 1 && count != OCI_NUMBER_SIZE) return false;
+    if (!has_valid_length(number) || (count != length + 1 && count != OCI_NUMBER_SIZE))
+        return false;
+    digits = 0;
     if (length == 1) return bytes[1] == zero_exponent_byte;
-    if (length == 0 || length > max_length || count <= length) return false;
-    if (bytes[1] == zero_exponent_byte) return false;
-    const bool negative = is_negative(bytes[1]);
-    unsigned digits = length - 1;
-    if (negative && digits < max_digits) {
-        if (bytes[length] != ending_byte || --digits == 0) return false;
-    }
-    // The same for both signs: 1 to 100, or 2 to 101. All bytes are looked at, which takes a few
-    // instructions for vectors, and those behind the digits do not count.
-    const unsigned lowest = 1u + negative;
-    unsigned wrong = 0;
-    for (unsigned i = 0; i < max_digits; ++i) {
-        wrong |= static_cast<unsigned>(static_cast<ub1>(bytes[2 + i] - lowest) > 99) & (i < digits);
-    }
-    return wrong == 0;
+    const bool ends = is_negative(bytes[1]) & (length < max_length);
+    digits = length - 1 - ends;
+    return (digits > 0) & (bytes[1] != zero_exponent_byte) &
+           ((bytes[length] == ending_byte) == ends);
+}
+
+// Malformed bytes are rare, and told apart by find_faults.
+bool is_plain_number(const OCINumber &number, unsigned count) {
+    unsigned digits;
+    digit_words::Digits read;
+    return has_plain_frame(number, count, digits) &&
+           read_digits(number, is_negative(number), digits, read);
 }
 
 char *put(char *out, std::string_view text) {
@@ -227,13 +229,15 @@ char *write_base64(const OCINumber &number, char *out) {
     return out;
 }
 
+constexpr ub2 max_text = 2 + 128 + 40;
+
 char *write_text(const OCINumber &number, char *out, std::string &reason) {
-    ub2 size = 256;  // the longest text has 2 + 128 + 40 characters
-    if (is_positive_infinity(number)) return put(out, "~");
-    if (is_negative_infinity(number)) return put(out, "-~");
+    ub2 size = max_text;
     if (getStrFromNumber(&number, reinterpret_cast<OraText *>(out), &size) == OCI_SUCCESS) {
         return out + size;
     }
+    if (is_positive_infinity(number)) return put(out, "~");
+    if (is_negative_infinity(number)) return put(out, "-~");
     refuse(reason, "no decimal text");
     return nullptr;
 }
@@ -280,17 +284,28 @@ const OCINumber *read_number(const Reading &reading, std::string_view value, OCI
     }
     if (reading.form == Form::raw && value.size() == OCI_NUMBER_SIZE) {
         const auto *const record = reinterpret_cast<const OCINumber *>(value.data());
-        if (is_plain_number(record->OCINumberPart, OCI_NUMBER_SIZE)) return record;
+        if (is_plain_number(*record, OCI_NUMBER_SIZE)) return record;
     }
     GivenBytes given;
     if (!read_bytes(reading, value, given, reason)) return nullptr;
     room = given.number;
-    if (is_plain_number(given.number.OCINumberPart, given.count)) return &room;
+    if (is_plain_number(given.number, given.count)) return &room;
     const Faults faults = find_faults(given);
     const Fault *const fault = faults.malformed();
     if (fault == nullptr) return &room;
     reason = describe(*fault, given);
     return nullptr;
+}
+
+char *write_record_text(std::string_view record, char *out) {
+    const auto *const number = reinterpret_cast<const OCINumber *>(record.data());
+    unsigned digits;
+    ub2 size = max_text;
+    if (record.size() != OCI_NUMBER_SIZE || !has_plain_frame(*number, OCI_NUMBER_SIZE, digits) ||
+        getStrFromNumber(number, reinterpret_cast<OraText *>(out), &size) != OCI_SUCCESS) {
+        return nullptr;
+    }
+    return out + size;
 }
 
 char *write_number(Form form, const OCINumber &number, char *out, std::string &reason) {

@@ -52,6 +52,10 @@ bool read_bytes(const Reading &reading, std::string_view value, GivenBytes &give
 const OCINumber *read_number(const Reading &reading, std::string_view value, OCINumber &room,
                              std::string &reason);
 
+// Writes the decimal text of a record at `out` and returns the end; nullptr when the record is
+// malformed or an infinity. What the codec checks anyway is not looked at twice.
+char *write_record_text(std::string_view record, char *out);
+
 // Writes a well-formed number at `out` and returns the end; nullptr with a reason
 // when it cannot be written.
 char *write_number(Form form, const OCINumber &number, char *out, std::string &reason);

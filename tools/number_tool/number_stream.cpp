@@ -16,7 +16,11 @@ Operation NumberStream::conversion() const {
             return out + OCI_NUMBER_SIZE;
         };
     }
-    return [this](const Value &value, char *out, std::string &reason) -> char * {
+    const bool are_records_texts = from.form == Form::raw && to == Form::text;
+    return [this, are_records_texts](const Value &value, char *out, std::string &reason) -> char * {
+        if (are_records_texts) {
+            if (char *const end = write_record_text(value.text, out)) return end;
+        }
         OCINumber room;
         const OCINumber *const number = read_number(from, value.text, room, reason);
         return number == nullptr ? nullptr : write_number(to, *number, out, reason);
