@@ -33,18 +33,17 @@ std::vector<std::string> parser_arguments(int argc, char **argv) {
     for (int i = 1; i < argc; ++i) {
         const std::string_view argument = argv[i];
         const bool is_short = argument.size() > 1 && argument[0] == '-' && is_letter(argument[1]);
-        if (only_values) {
-            words.push_back(word_of(argument));
-        } else if (argument == "--") {
+        if (argument == "--" && !only_values) {
             only_values = true;
-        } else if (argument.size() > 2 && argument.starts_with("--") && is_letter(argument[2])) {
+        } else if (argument.size() > 2 && argument.starts_with("--") && is_letter(argument[2]) &&
+                   !only_values) {
             const size_t name = std::min(argument.find('='), argument.size());
             words.emplace_back(argument.substr(0, name));
             if (name < argument.size()) words.push_back(word_of(argument.substr(name + 1)));
-        } else if (is_short) {
+        } else if (is_short && !only_values) {
             words.emplace_back(argument.substr(0, 2));
             if (argument.size() > 2) words.push_back(word_of(argument.substr(2)));
-        } else if (!has_command) {
+        } else if (!has_command && !only_values) {
             has_command = true;
             words.emplace_back(argument);
         } else {
@@ -60,8 +59,8 @@ std::string value_of(const std::string &word) {
 }
 
 std::vector<std::string> values_of(const std::vector<std::string> &words) {
-    std::vector<std::string> values;
-    for (const std::string &word : words) values.push_back(value_of(word));
+    std::vector<std::string> values(words.size());
+    std::transform(words.begin(), words.end(), values.begin(), value_of);
     return values;
 }
 

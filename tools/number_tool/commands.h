@@ -32,7 +32,10 @@ void add_inputs(CLI::App &command, Inputs &inputs, const char *value_name);
 // Gives a command an option for one of `forms`, names separated by "|"; `form`
 // holds the default.
 CLI::Option *add_form(CLI::App &command, const char *option, Form &form, const std::string &forms,
-                      const char *description);
+                      const char *description, bool has_default = true);
+
+// Gives a command the flag that makes Form::text of `form` Form::strict_text.
+void add_strict(CLI::App &command, Form &form);
 
 // Gives a command an option for a decimal integer; `count` holds the default.
 CLI::Option *add_count(CLI::App &command, const char *option, sword &count,

@@ -11,10 +11,12 @@
 namespace number_tool {
 
 enum class Form {
-    text,  // canonical decimal text; infinities are ~ and -~
-    hex,   // the meaningful bytes from the length byte on: 03C20218
-    list,  // as print_number lists bytes: Len=3: 194,2,24
-    raw,   // 22-byte records
+    text,  // canonical decimal text; infinities are ~ and -~. Read are also exponents, "+", blanks
+           // and tabs around.
+    strict_text,  // read only without them
+    hex,          // the meaningful bytes from the length byte on: 03C20218
+    list,         // as print_number lists bytes: Len=3: 194,2,24
+    raw,          // 22-byte records
 };
 
 const std::map<std::string, Form> &form_names();

@@ -48,7 +48,7 @@ void add_inputs(CLI::App &command, Inputs &inputs, const char *value_name) {
 }
 
 CLI::Option *add_form(CLI::App &command, const char *option, Form &form, const std::string &forms,
-                      const char *description) {
+                      const char *description, bool has_default) {
     const auto default_name =
         std::find_if(form_names().begin(), form_names().end(),
                      [&form](const auto &name) { return name.second == form; });
@@ -65,9 +65,19 @@ CLI::Option *add_form(CLI::App &command, const char *option, Form &form, const s
                 form = found->second;
                 return true;
             },
-            std::string(description) + " (default " + default_name->first + ")")
+            description + (has_default ? " (default " + default_name->first + ")" : std::string()))
         ->type_name(forms)
         ->expected(1);
+}
+
+void add_strict(CLI::App &command, Form &form) {
+    // The parser calls this after the form's own option, which is added before.
+    command.add_flag_function(
+        "--strict",
+        [&form](std::int64_t) {
+            if (form == Form::text) form = Form::strict_text;
+        },
+        "Decimal text without exponent, \"+\", tabs and\nblanks behind");
 }
 
 CLI::Option *add_count(CLI::App &command, const char *option, sword &count,
@@ -134,8 +144,9 @@ int run(int argc, char **argv, Output &out) {
         std::find_if(words.rbegin(), words.rend(),
                      [](const std::string &word) { return !word.starts_with('-'); });
     if (command_word != words.rend()) {
-        std::vector<std::string> names;
-        for (const Command &command : commands) names.push_back(command.app->get_name());
+        std::vector<std::string> names(commands.size());
+        std::transform(commands.begin(), commands.end(), names.begin(),
+                       [](const Command &command) { return command.app->get_name(); });
         if (std::find(names.begin(), names.end(), *command_word) == names.end()) {
             const std::string meant = nearest_name(*command_word, names);
             report("unknown command " + in_quotes(*command_word) +

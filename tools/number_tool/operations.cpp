@@ -58,6 +58,7 @@ Command add_operation(CLI::App &tool, const NumberOperation &operation) {
             ->required(operation.option_required);
     }
     add_form(*app, "--from", options->from, "text|hex|list|raw", "Form of the values");
+    add_strict(*app, options->from);
     add_form(*app, "--to", options->to, "text|hex|list|raw", "Form of the results");
     add_inputs(*app, options->inputs, "VALUE");
     return {

@@ -42,6 +42,9 @@ Command add_parse(CLI::App &tool) {
     add_inputs(*app, options->inputs, "TEXT");
     return {app, [options](Output &out) {
                 // Refuses a model before any text is read.
+                if (options->model.empty()) {
+                    throw CLI::ValidationError("--model", "\"\" has no positions");
+                }
                 OCINumber number;
                 std::string reason;
                 if (!parse_text(options->error, "0", options->model, number, reason) &&
