@@ -3,10 +3,13 @@
 # when all are there; otherwise apt-get's output goes to standard error.
 set -euo pipefail
 
+# Of a package that is installed for several architectures, this machine's counts.
 missing=()
 for package in "$@"; do
-    status=$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null) || status=
-    [[ $status == installed ]] || missing+=("$package")
+    architecture=$(dpkg --print-architecture)
+    [[ $package != *:* ]] || architecture=${package#*:}
+    dpkg-query -W -f='${Architecture} ${db:Status-Status}\n' "$package" 2>/dev/null |
+        grep -qE "^($architecture|all) installed$" || missing+=("$package")
 done
 [[ ${#missing[@]} -gt 0 ]] || exit 0
 
