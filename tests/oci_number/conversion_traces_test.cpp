@@ -70,6 +70,7 @@ Outcome call(OCIError *err, const std::vector<std::string> &c) {
 
 TEST(ConversionTraces, Calls) {
     for (const auto &[line, c] : data_rows("conversion_traces.txt")) {
+        if (!has_long_double && c[0] == "FromReal" && c[3] == "16") continue;
         SCOPED_TRACE(line);
         ErrorHandle err;
         take_log();

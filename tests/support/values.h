@@ -3,8 +3,13 @@
 
 #include <random>
 
+#include "oci_utils/real_bits.h"
 #include "support/exact.h"
 #include "support/numbers.h"
+
+// Of the long double that reals go through, and whether it has a size of its own.
+inline constexpr int real_digits = real_bits::LongDouble::digits;
+inline constexpr bool has_long_double = real_bits::LongDouble::size == 16;
 
 using Random = std::mt19937_64;
 
