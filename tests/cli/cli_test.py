@@ -12,6 +12,7 @@ import subprocess
 import sys
 import tempfile
 import unittest
+from decimal import Decimal
 
 TOOL, SOURCE = sys.argv.pop(1), sys.argv.pop(1)
 SEED = int(os.environ.get("CLI_TEST_SEED", "1"))
@@ -75,7 +76,7 @@ class Tables(unittest.TestCase):
                 (["calc", "-pi"], "The following argument was not expected: -p; "
                                   "values that look like options go behind --"),
                 (["prec", "--digits", "", "1"], '--digits: "" is no decimal integer of 32 bits'),
-                (["encode", "--to", "\x01", "1"], '--to: "\\x01" is not hex|list|raw'),
+                (["encode", "--to", "\x01", "1"], '--to: "\\x01" is not hex|list|raw|sortable'),
                 (["format", "-m", "FM", "1"], '--model: "FM" has no positions')):
             with self.subTest(arguments):
                 self.assertEqual(run(*arguments), (2, b"", f"ocinumber: {message}\n".encode()))
@@ -99,7 +100,7 @@ class Tables(unittest.TestCase):
         self.assertEqual(run("inspect", "--from", "hex", "0180")[1].split()[-1], b"0")
 
     def test_help(self):
-        commands = ("encode decode inspect format parse calc round trunc prec shift abs neg").split()
+        commands = ("encode decode convert inspect format parse calc round trunc prec shift abs neg").split()
         for arguments in (["--help"], ["--version"], *([name, "--help"] for name in commands)):
             status, out, err = run(*arguments)
             self.assertEqual((status, err), (0, b""), arguments)
@@ -127,6 +128,16 @@ class Conversions(unittest.TestCase):
         texts = random_texts(500_000)
         data = "".join(text + "\n" for text in texts).encode()
         self.assertTrue(self.convert(self.convert(data, "encode"), "decode") == data, SEED)
+
+    def test_sortable_bytes(self):
+        texts = random_texts(20_000) + ["~", "-~", "0"]
+        data = "".join(text + "\n" for text in texts).encode()
+        keys = self.convert(data, "convert", "--to", "sortable").splitlines()
+        ordered = b"".join(key + b"\n" for key in sorted(keys))
+        infinities = {"~": Decimal("Infinity"), "-~": Decimal("-Infinity")}
+        expected = sorted(texts, key=lambda text: infinities.get(text) or Decimal(text))
+        got = self.convert(ordered, "convert", "--from", "sortable").decode().split()
+        self.assertTrue(got == expected, SEED)
 
     def test_sample_file(self):
         encoded = self.convert(b"", "encode", "-f", os.path.join(SOURCE, "examples/amounts.txt"))

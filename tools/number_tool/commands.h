@@ -19,6 +19,7 @@ struct Command {
 
 Command add_encode(CLI::App &tool);
 Command add_decode(CLI::App &tool);
+Command add_convert(CLI::App &tool);
 Command add_inspect(CLI::App &tool);
 Command add_format(CLI::App &tool);
 Command add_parse(CLI::App &tool);

@@ -19,7 +19,7 @@ Command add_encode(CLI::App &tool) {
         "  ocinumber encode 123 -0.5             03C20218 and 033F3366\n"
         "  ocinumber encode --to list 123        Len=3: 194,2,24\n"
         "  ocinumber encode --to raw --file amounts.txt > amounts.raw");
-    add_form(*app, "--to", options->to, "hex|list|raw", "Form of the bytes");
+    add_form(*app, "--to", options->to, byte_forms, "Form of the bytes");
     add_strict(*app, options->from);
     add_inputs(*app, options->inputs, "TEXT");
     return {

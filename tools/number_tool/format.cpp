@@ -44,7 +44,7 @@ Command add_format(CLI::App &tool) {
         "  ocinumber format --model 9990.99 123.456 -0.5\n"
         "  ocinumber format --model FM9990.99 --from raw --file amounts.raw");
     add_model(*app, options->model);
-    add_form(*app, "--from", options->from, "text|hex|list|raw", "Form of the numbers");
+    add_form(*app, "--from", options->from, all_forms, "Form of the numbers");
     add_strict(*app, options->from);
     add_inputs(*app, options->inputs, "NUMBER");
     return {app, [options](Output &out) {

@@ -76,6 +76,17 @@ bool read_hex(std::string_view value, GivenBytes &given, std::string &reason) {
     return given.count > 0 || refuse(reason, "no bytes");
 }
 
+// The length byte is the count of the others.
+bool read_sortable(std::string_view value, GivenBytes &given, std::string &reason) {
+    GivenBytes counted;
+    if (!read_hex(value, counted, reason)) return false;
+    if (counted.count > max_length) return refuse(reason, "more than 21 bytes");
+    given.count = counted.count + 1;
+    given.number.OCINumberPart[0] = static_cast<ub1>(counted.count);
+    std::memcpy(given.number.OCINumberPart + 1, counted.number.OCINumberPart, counted.count);
+    return true;
+}
+
 // A decimal number of a byte list at `at`, which moves behind it.
 bool read_list_number(std::string_view value, size_t &at, unsigned &n, std::string &reason) {
     const char *const from = value.data() + at;
@@ -150,8 +161,8 @@ char *put(char *out, std::string_view text) {
     return out + text.size();
 }
 
-char *write_hex(const OCINumber &number, char *out) {
-    for (unsigned i = 0; i <= number.OCINumberPart[0]; ++i) {
+char *write_hex(const OCINumber &number, char *out, unsigned first = 0) {
+    for (unsigned i = first; i <= number.OCINumberPart[0]; ++i) {
         *out++ = "0123456789ABCDEF"[number.OCINumberPart[i] >> 4];
         *out++ = "0123456789ABCDEF"[number.OCINumberPart[i] & 15];
     }
@@ -184,7 +195,8 @@ const std::map<std::string, Form> &form_names() {
                                                       {"list", Form::list},
                                                       // The name of old.
                                                       {"dump", Form::list},
-                                                      {"raw", Form::raw}};
+                                                      {"raw", Form::raw},
+                                                      {"sortable", Form::sortable}};
     return names;
 }
 
@@ -195,6 +207,7 @@ bool read_bytes(Form form, std::string_view value, GivenBytes &given, std::strin
         case Form::hex: return read_hex(value, given, reason);
         case Form::list: return read_list(value, given, reason);
         case Form::raw: return read_record(value, given, reason);
+        case Form::sortable: return read_sortable(value, given, reason);
     }
     return false;
 }
@@ -226,6 +239,18 @@ char *write_number(Form form, const OCINumber &number, char *out, std::string &r
         }
         case Form::hex: out = write_hex(number, out); break;
         case Form::list: out = write_list(number, out); break;
+        case Form::sortable: {
+            // Only in normal form is the order of the bytes that of the values; an infinity has no
+            // text, and no other form.
+            OCINumber normal = number;
+            OraText text[256];
+            ub2 size = sizeof text;
+            if (getStrFromNumber(&number, text, &size) == OCI_SUCCESS) {
+                getNumberFromStr(&normal, text, size);
+            }
+            out = write_hex(normal, out, 1);
+            break;
+        }
         case Form::raw: {
             // Bytes behind the value say nothing and are written as zeros.
             const size_t length = number.OCINumberPart[0] + size_t{1};

@@ -123,7 +123,7 @@ Command add_inspect(CLI::App &tool) {
         "  ocinumber inspect 03C20218 'Len=3: 194,2,24'\n"
         "  ocinumber inspect --from hex 0180");
     options->form_option =
-        add_form(*app, "--from", options->from, "text|hex|list|raw",
+        add_form(*app, "--from", options->from, all_forms,
                  "Form of the values; without it each is\nrecognised by its looks", false);
     add_inputs(*app, options->inputs, "VALUE");
     return {app, [options](Output &out) {

@@ -59,7 +59,7 @@ CLI::Option *add_form(CLI::App &command, const char *option, Form &form, const s
                 const std::string name = value_of(names.back());
                 const auto found = form_names().find(name);
                 if (found == form_names().end() ||
-                    (found->second == Form::text && !forms.starts_with("text"))) {
+                    (found->second == Form::text && forms != all_forms)) {
                     throw CLI::ValidationError(option, in_quotes(name) + " is not " + forms);
                 }
                 form = found->second;
@@ -136,8 +136,9 @@ int run(int argc, char **argv, Output &out) {
     tool.set_version_flag("--version", "ocinumber " OCI_NUMBER_VERSION);
     tool.get_formatter()->column_width(option_column);
     tool.require_subcommand(1);
-    std::vector<Command> commands = {add_encode(tool), add_decode(tool), add_inspect(tool),
-                                     add_format(tool), add_parse(tool),  add_calc(tool)};
+    std::vector<Command> commands = {add_encode(tool),  add_decode(tool), add_convert(tool),
+                                     add_inspect(tool), add_format(tool), add_parse(tool),
+                                     add_calc(tool)};
     for (Command &command : add_operations(tool)) commands.push_back(std::move(command));
     std::vector<std::string> words = parser_arguments(argc, argv);
     const auto command_word =

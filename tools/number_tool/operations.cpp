@@ -57,9 +57,9 @@ Command add_operation(CLI::App &tool, const NumberOperation &operation) {
         add_count(*app, operation.option, options->count, operation.option_description)
             ->required(operation.option_required);
     }
-    add_form(*app, "--from", options->from, "text|hex|list|raw", "Form of the values");
+    add_form(*app, "--from", options->from, all_forms, "Form of the values");
     add_strict(*app, options->from);
-    add_form(*app, "--to", options->to, "text|hex|list|raw", "Form of the results");
+    add_form(*app, "--to", options->to, all_forms, "Form of the results");
     add_inputs(*app, options->inputs, "VALUE");
     return {
         app, [options, call = operation.call](Output &out) {
