@@ -460,12 +460,14 @@ OCI_NUMBER_API sword print_number(OCINumber *number);
 /* ---- Reals -------------------------------------------------------------- */
 
 /* `rsl_length` and `rnum_length` are the size in bytes of the C type: 4 (float),
- * 8 (double) or 16 (long double, the 80-bit extended format). The reals need not
- * be aligned. */
+ * 8 (double) or 16 (long double, in the 80-bit extended or the quadruple format;
+ * where it is of another, 16 is refused as any other size is). The reals need not be
+ * aligned. */
 
 /* Stores `number` at `rsl`: rounded half away from zero to 6 (float), 15
  * (double) or 18 (long double) digits behind the decimal point, then to the
- * nearest long double, and that to the nearest float or double, ties to even. A
+ * nearest long double (double where 16 is refused), and that to the nearest float or
+ * double, ties to even. A
  * fixed count of digits behind the point means that small magnitudes keep fewer
  * significant digits: 0.000123456789 becomes the float 0.000123, 1E-20 zero (of
  * its sign). An infinity becomes the largest float of its sign, or 1e126 of its

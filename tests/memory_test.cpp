@@ -25,51 +25,23 @@ struct Function {
 OCINumber *number(unsigned char *p) { return reinterpret_cast<OCINumber *>(p); }
 const OraText *characters(const char *s) { return reinterpret_cast<const OraText *>(s); }
 
-#define CALL(name, ...)                                                  \
-    {                                                                    \
-#name, [](OCIError *e, N a, N b, sword c, unsigned char *r) -> sword { \
+// clang-format off
+#define CALL(name, ...) \
+    {#name, [](OCIError *e, N a, N b, sword c, unsigned char *r) -> sword { \
         (void)a, (void)b, (void)c; \
-        return __VA_ARGS__; \
-    } \
-    }
+        return __VA_ARGS__; }}
 #define ONE(name) CALL(name, OCINumber##name(e, a, number(r)))
 #define TWO(name) CALL(name, OCINumber##name(e, a, b, number(r)))
 #define COUNT(name) CALL(name, OCINumber##name(e, a, c, number(r)))
 #define IN_PLACE(name) CALL(name, (*number(r) = *a, OCINumber##name(e, number(r))))
+#define TEST(name, ...) CALL(name, OCINumber##name(e, __VA_ARGS__, reinterpret_cast<sword *>(r)))
 
 const Function functions[] = {
-    ONE(Assign),
-    ONE(Abs),
-    ONE(Neg),
-    ONE(Sin),
-    ONE(Cos),
-    ONE(Tan),
-    ONE(ArcSin),
-    ONE(ArcCos),
-    ONE(ArcTan),
-    ONE(HypSin),
-    ONE(HypCos),
-    ONE(HypTan),
-    ONE(Ceil),
-    ONE(Floor),
-    ONE(Exp),
-    ONE(Ln),
-    ONE(Sqrt),
-    TWO(Add),
-    TWO(Sub),
-    TWO(Mul),
-    TWO(Div),
-    TWO(Mod),
-    TWO(Power),
-    TWO(ArcTan2),
-    TWO(Log),
-    COUNT(Shift),
-    COUNT(Prec),
-    COUNT(Round),
-    COUNT(Trunc),
-    COUNT(IntPower),
-    IN_PLACE(Inc),
-    IN_PLACE(Dec),
+    ONE(Assign), ONE(Abs), ONE(Neg), ONE(Sin), ONE(Cos), ONE(Tan), ONE(ArcSin), ONE(ArcCos),
+    ONE(ArcTan), ONE(HypSin), ONE(HypCos), ONE(HypTan), ONE(Ceil), ONE(Floor), ONE(Exp), ONE(Ln),
+    ONE(Sqrt), TWO(Add), TWO(Sub), TWO(Mul), TWO(Div), TWO(Mod), TWO(Power), TWO(ArcTan2), TWO(Log),
+    COUNT(Shift), COUNT(Prec), COUNT(Round), COUNT(Trunc), COUNT(IntPower), IN_PLACE(Inc),
+    IN_PLACE(Dec), TEST(IsZero, a), TEST(IsInt, a), TEST(Sign, a), TEST(Cmp, a, b),
     CALL(SetZero, (OCINumberSetZero(e, number(r)), 0)),
     CALL(SetPi, (OCINumberSetPi(e, number(r)), 0)),
     CALL(FromInt, OCINumberFromInt(e, &c, sizeof c, OCI_NUMBER_SIGNED, number(r))),
@@ -81,10 +53,11 @@ const Function functions[] = {
     CALL(ToInt, OCINumberToInt(e, a, 8, OCI_NUMBER_SIGNED, r)),
     CALL(ToFloat, OCINumberToReal(e, a, 4, r)),
     CALL(ToDouble, OCINumberToReal(e, a, 8, r)),
-    CALL(ToLongDouble, OCINumberToReal(e, a, 16, r)),
+    CALL(ToLongDouble, OCINumberToRealArray(e, &a, 1, 16, r)),
     CALL(ToText, OCINumberToText(e, a, characters("FM9999990.99"), 12, nullptr, 0,
                                  reinterpret_cast<ub4 *>(r), r + 4)),
 };
+// clang-format on
 
 [[gnu::noinline]] void fill_stack(int byte) {
     unsigned char stack[64000];

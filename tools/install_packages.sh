@@ -3,14 +3,13 @@
 # when all are there; otherwise apt-get's output goes to standard error.
 set -euo pipefail
 
-native=$(dpkg --print-architecture)
+# Of a package that is installed for several architectures, this machine's counts.
 missing=()
 for package in "$@"; do
-    # The same package of another architecture does not count.
-    machine=$native
-    [[ $package != *:* ]] || machine=${package#*:}
+    architecture=$(dpkg --print-architecture)
+    [[ $package != *:* ]] || architecture=${package#*:}
     dpkg-query -W -f='${Architecture} ${db:Status-Status}\n' "$package" 2>/dev/null |
-        grep -qxE "($machine|all) installed" || missing+=("$package")
+        grep -qE "^($architecture|all) installed$" || missing+=("$package")
 done
 [[ ${#missing[@]} -gt 0 ]] || exit 0
 

@@ -1,5 +1,3 @@
-#include <bit>
-
 #include "oci_number/call_frame.h"
 #include "support/values.h"
 
@@ -8,12 +6,6 @@ namespace {
 // The low `length` bytes of a value.
 ub8 low_bytes(ub8 value, uword length) {
     return length == 8 ? value : value & ((ub8{1} << 8 * length) - 1);
-}
-
-// Where a value's integer of `length` bytes stands in it.
-char *low_part(ub8 &value, uword length) {
-    const bool at_end = std::endian::native == std::endian::big;
-    return reinterpret_cast<char *>(&value) + (at_end ? sizeof value - length : 0);
 }
 
 ub8 parsed(const std::string &s) {

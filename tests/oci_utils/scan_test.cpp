@@ -1,5 +1,5 @@
-#include <cfloat>
 #include <clocale>
+#include <cmath>
 
 #include "oci_utils/oci_utils.h"
 #include "support/guard_page.h"
@@ -25,7 +25,10 @@ TEST(Scan, Integers) {
 // The nearest long double in all surroundings; 0 where the text is none.
 void check_real(const std::string &s, bool refused = false) {
     const GuardedBytes exact(s);
-    Mpfr expected(LDBL_MANT_DIG, refused ? "0" : s);
+    Mpfr expected(real_digits, refused ? "0" : s);
+    if (!has_long_double && mpfr_zero_p(expected) == 0 &&
+        !std::isnormal(mpfr_get_d(expected, MPFR_RNDN)))
+        return;
     for (long i = 0; i < Surroundings::count; ++i) {
         int error = 7;
         const long double value = [&] {

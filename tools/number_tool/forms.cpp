@@ -125,7 +125,7 @@ bool read_record(std::string_view value, GivenBytes &given, std::string &reason)
 // The bytes behind the length byte, as sortable text has them; without the ending byte if digits
 // are wanted alone.
 bool read_tail(Form form, std::string_view value, GivenBytes &given, std::string &reason) {
-    GivenBytes tail;
+    GivenBytes tail{};
     if (!read_hex(value, tail, reason)) return false;
     given.count = 0;
     add_byte(given, tail.count, reason);
@@ -180,19 +180,20 @@ bool read_text(bool is_strict, std::string_view value, GivenBytes &given, std::s
 bool has_plain_frame(const OCINumber &number, unsigned count, unsigned &digits) {
     const ub1 *const bytes = number.OCINumberPart;
     const unsigned length = bytes[0];
+    digits = 0;
     if (!has_valid_length(number) || (count != length + 1 && count != OCI_NUMBER_SIZE))
         return false;
-    digits = 0;
     if (length == 1) return bytes[1] == zero_exponent_byte;
     const bool ends = is_negative(bytes[1]) & (length < max_length);
     digits = length - 1 - ends;
-    return (digits > 0) & (bytes[1] != zero_exponent_byte) &
-           ((bytes[length] == ending_byte) == ends);
+    // Zero's exponent byte, 128, and its mirror image are those of no digits.
+    const bool has_exponent = static_cast<ub1>(bytes[1] - (zero_exponent_byte - 1)) > 1;
+    return (digits > 0) & has_exponent & ((bytes[length] == ending_byte) == ends);
 }
 
 // Malformed bytes are rare, and told apart by find_faults.
 bool is_plain_number(const OCINumber &number, unsigned count) {
-    unsigned digits;
+    unsigned digits = 0;
     digit_words::Digits read;
     return has_plain_frame(number, count, digits) &&
            read_digits(number, is_negative(number), digits, read);
@@ -299,7 +300,7 @@ const OCINumber *read_number(const Reading &reading, std::string_view value, OCI
 
 char *write_record_text(std::string_view record, char *out) {
     const auto *const number = reinterpret_cast<const OCINumber *>(record.data());
-    unsigned digits;
+    unsigned digits = 0;
     ub2 size = max_text;
     if (record.size() != OCI_NUMBER_SIZE || !has_plain_frame(*number, OCI_NUMBER_SIZE, digits) ||
         getStrFromNumber(number, reinterpret_cast<OraText *>(out), &size) != OCI_SUCCESS) {

@@ -18,6 +18,7 @@ namespace {
 
 int refuse_command(const std::string &name, const std::vector<Command> &commands) {
     std::vector<std::string> names;
+    names.reserve(commands.size());
     for (const Command &command : commands) names.push_back(command.app->get_name());
     const std::string meant = nearest_name(name, names);
     report("unknown command " + in_quotes(name) +
