@@ -2,6 +2,7 @@
 include(CMakePackageConfigHelpers)
 
 install(FILES include/oratypes.h include/oci.h include/oci_number_log.h
+              include/oci_number.hpp
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(TARGETS oci_number_shared oci_number_static EXPORT oci_number_targets)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/oci_number)

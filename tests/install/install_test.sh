@@ -16,6 +16,7 @@ cmake --install "$build" --prefix "$prefix" >/dev/null
 
 # The configuration's name is part of one file's name.
 diff <(LC_ALL=C sort <<<"include/oci.h
+include/oci_number.hpp
 include/oci_number_log.h
 include/oratypes.h
 $libdir/cmake/oci_number/oci_number-config-version.cmake
