@@ -30,3 +30,17 @@ foreach(dir LIBDIR INCLUDEDIR)
 endforeach()
 configure_file(cmake/oci_number.pc.in oci_number.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/oci_number.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# The debugger's printers go where GDB looks for them: under the whole path of the library's file.
+# That is known when the tree is installed; while a package is made, CMAKE_INSTALL_PREFIX is the
+# folder that it is collected in, and its own prefix the configured one.
+install(CODE "
+  set(prefix \"\${CMAKE_INSTALL_PREFIX}\")
+  if(prefix MATCHES /_CPack_Packages/)
+    set(prefix \"${CMAKE_INSTALL_PREFIX}\")
+  endif()
+  set(oci_number_libdir \"${CMAKE_INSTALL_LIBDIR}\")
+  cmake_path(ABSOLUTE_PATH oci_number_libdir BASE_DIRECTORY \"\${prefix}\")")
+install(FILES tools/gdb/oci_number-gdb.py
+        DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/gdb/auto-load\${oci_number_libdir}"
+        RENAME liboci_number.so.${PROJECT_VERSION}-gdb.py)

@@ -27,7 +27,8 @@ $libdir/liboci_number.a
 $libdir/liboci_number.so
 $libdir/liboci_number.so.${version%%.*}
 $libdir/liboci_number.so.$version
-$libdir/pkgconfig/oci_number.pc${tool:+$'\n'$tool}") \
+$libdir/pkgconfig/oci_number.pc
+share/gdb/auto-load$prefix/$libdir/liboci_number.so.$version-gdb.py${tool:+$'\n'$tool}") \
     <(cd "$prefix" && find . ! -type d -printf '%P\n' |
         sed 's/targets-.*\.cmake/targets-CONFIG.cmake/' | LC_ALL=C sort)
 
