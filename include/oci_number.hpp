@@ -161,6 +161,8 @@ struct thread_handle {
 // destructors of other thread_local objects may still compute.
 inline thread_local thread_handle this_thread = {nullptr, nullptr};
 
+// Also called after each failure: some leave nothing in the handle, and must not find there what an
+// earlier one has left.
 inline void close_handle() noexcept {
     if (this_thread.env != nullptr) OCIHandleFree(this_thread.env, OCI_HTYPE_ENV);
     this_thread = {nullptr, nullptr};
@@ -202,7 +204,6 @@ inline void on_error::failure(sword status) const {
     sb4 number = 0;
     OraText text[OCI_ERROR_MAXMSG_SIZE2 + 1] = "";
     OCIErrorGet(detail::handle(), 1, nullptr, &number, text, sizeof text, OCI_HTYPE_ERROR);
-    // Some failures leave nothing in the handle; they must not find what is there now.
     detail::close_handle();
     std::string_view message(reinterpret_cast<const char *>(text));
     if (!message.empty() && message.back() == '\n') message.remove_suffix(1);
@@ -346,7 +347,9 @@ inline bool is_ordered_form(const OCINumber &n) noexcept {
 [[gnu::cold]] inline OCINumber ordered_form(const OCINumber &n) noexcept {
     const OCINumber zero = from_integer(0);
     OCINumber sum;
-    return OCINumberAdd(handle(), &n, &zero, &sum) == OCI_SUCCESS ? sum : n;
+    if (OCINumberAdd(handle(), &n, &zero, &sum) == OCI_SUCCESS) return sum;
+    close_handle();
+    return n;
 }
 
 inline unsigned length_of(const OCINumber &n) noexcept {
@@ -636,6 +639,7 @@ T number::to(on_error e) const {
     T result{};
     sword status = convert(bytes_, result);
     if (status != OCI_SUCCESS) {
+        detail::close_handle();
         // Perhaps it has only more digits behind the point than the conversion reads.
         constexpr int places = !std::is_floating_point_v<T> ? 0
                                : sizeof(T) == 4             ? 6
@@ -659,6 +663,20 @@ T number::to(on_error e) const {
     }
     e.success();
     return result;
+}
+
+// The reals of `count` records in one call, as OCINumberToRealArray: the first that fails ends it;
+// what stands in front of it is stored, the rest of `reals` left as it was.
+template <class Real>
+void to_reals(const OCINumber **numbers, uword count, Real *reals, on_error e = {}) {
+    static_assert(std::is_floating_point_v<Real>);
+    const sword status =
+        OCINumberToRealArray(detail::handle(), numbers, count, sizeof *reals, reals);
+    if (status == OCI_SUCCESS) {
+        e.success();
+    } else {
+        e.failure(status);
+    }
 }
 
 // ---- Text
@@ -687,6 +705,7 @@ inline sword write_text(const number &n, char *text, std::size_t &size) {
     sword status = write_digits(n.bytes(), text, size);
     std::size_t zeros = 0;
     if (status != OCI_SUCCESS) {
+        close_handle();
         if (isinf(n)) {
             size = n < 0 ? 2 : 1;
             std::memcpy(text, n < 0 ? "-~" : "~", size);
@@ -697,6 +716,7 @@ inline sword write_text(const number &n, char *text, std::size_t &size) {
         OCINumber form = ordered_form(n.bytes());
         status = write_digits(form, text, size);
         if (status != OCI_SUCCESS) {
+            close_handle();
             zeros = 64;
             status = OCINumberShift(handle(), &form, static_cast<int>(zeros), &form);
             if (status == OCI_SUCCESS) status = write_digits(form, text, size);
@@ -721,6 +741,7 @@ inline std::to_chars_result to_chars(char *first, char *last, const number &n) {
     char *const text = room >= detail::text_size ? first : scratch;
     std::size_t size = 0;
     if (detail::write_text(n, text, size) != OCI_SUCCESS) {
+        detail::close_handle();
         return {last, std::errc::invalid_argument};
     }
     if (size > room) return {last, std::errc::value_too_large};

@@ -117,6 +117,12 @@ TEST(NumberHpp, TakesAndGivesIntegers) {
     EXPECT_EQ(number(0.1), 0.1_num);
     EXPECT_EQ(static_cast<double>(0.1_num), 0.1);
     EXPECT_EQ((-1e-100_num).to<double>(), 0);
+    const OCINumber one = number(1).bytes(), none{}, *column[] = {&one, &none, &one};
+    float reals[] = {7, 7, 7};
+    std::error_code ec;
+    oci::to_reals(column, 3, reals, ec);
+    EXPECT_EQ(ec, oci::errc::failed);
+    EXPECT_TRUE(reals[0] == 1 && reals[1] == 7 && reals[2] == 7) << reals[0] << reals[1];
     static_assert(!std::is_convertible_v<double, number> && !std::is_convertible_v<number, int> &&
                   !std::is_constructible_v<number, bool> && !std::is_constructible_v<number, char>);
 }
