@@ -8,7 +8,7 @@ set(CMAKE_C_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
-if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
 endif()
 
@@ -19,6 +19,17 @@ target_compile_options(oci_number_options INTERFACE
   # Log lines and binaries name source files from the project's root.
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=
   $<$<BOOL:${OCI_NUMBER_WERROR}>:-Werror>)
+# Hardening: the stack's return addresses guarded, indirect jumps to marked places only, the C
+# library's checked functions where sizes are known, tables of addresses read-only.
+include(CheckCCompilerFlag)
+check_c_compiler_flag(-fcf-protection OCI_NUMBER_HAS_CF_PROTECTION)
+target_compile_options(oci_number_options INTERFACE
+  -fstack-protector-strong $<$<BOOL:${OCI_NUMBER_HAS_CF_PROTECTION}>:-fcf-protection>)
+if(NOT OCI_NUMBER_SANITIZE)
+  target_compile_options(oci_number_options INTERFACE
+    $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=2>)
+endif()
+target_link_options(oci_number_options INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
 if(OCI_NUMBER_SANITIZE)
   target_compile_options(oci_number_options INTERFACE
     -fsanitize=${OCI_NUMBER_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -46,7 +46,8 @@
  *
  * Threads: the functions keep no state and take no lock. Any number of threads
  * may call them at once, each with an error handle and result of its own.
- * Results do not depend on the locale, the rounding mode or errno. */
+ * Results do not depend on the locale, errno, or what the floating-point unit is
+ * set to: rounding mode, flushing of denormals, precision. */
 #ifndef OCI_H
 #define OCI_H
 
@@ -54,14 +55,24 @@
 
 #include "oratypes.h"
 
-/* The version of this library. */
+/* The version that a program is compiled with, in numbers and as text. Versions of the same
+ * major number, 0 too, are compatible: a program that was built with one runs with every later
+ * one, and compiles with it. */
 #define OCI_NUMBER_VERSION_MAJOR 0
 #define OCI_NUMBER_VERSION_MINOR 1
 #define OCI_NUMBER_VERSION_PATCH 0
+#define OCI_NUMBER_QUOTED(number) #number
+#define OCI_NUMBER_DOTTED(major, minor, patch) \
+    OCI_NUMBER_QUOTED(major) "." OCI_NUMBER_QUOTED(minor) "." OCI_NUMBER_QUOTED(patch)
+#define OCI_NUMBER_VERSION \
+    OCI_NUMBER_DOTTED(OCI_NUMBER_VERSION_MAJOR, OCI_NUMBER_VERSION_MINOR, OCI_NUMBER_VERSION_PATCH)
 
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/* The version that a program runs with, as text: "0.1.0". A constant; any thread may ask. */
+OCI_NUMBER_API const char *oci_number_version(void);
 
 /* ---- Numbers ------------------------------------------------------------ */
 
@@ -253,7 +264,10 @@ OCI_NUMBER_API sword OCINumberDec(OCIError *err, OCINumber *number);
  *
  * One negative value is unlike its positive mirror: OCINumberPrec and
  * OCINumberRound return a negative value of 20 digit bytes unchanged when the cut
- * falls on its last digit byte.
+ * falls on its last digit byte. Rounded to 37 places,
+ *    12.34567890123456789012345678901234567895 becomes
+ *    12.3456789012345678901234567890123456790, but
+ *   -12.34567890123456789012345678901234567895 stays.
  *
  * Errors: 21560 (argument 2, 4), 22060 (argument 2). */
 
@@ -263,7 +277,8 @@ OCI_NUMBER_API sword OCINumberPrec(OCIError *err, const OCINumber *number, sword
                                    OCINumber *result);
 
 /* Rounds to `dcplace` decimal places; a negative `dcplace` rounds to tens (-1),
- * hundreds (-2) and so on. */
+ * hundreds (-2) and so on. A negative value of 20 digit bytes stays, as above, when
+ * the cut falls on its last. */
 OCI_NUMBER_API sword OCINumberRound(OCIError *err, const OCINumber *number, sword dcplace,
                                     OCINumber *result);
 
@@ -445,12 +460,14 @@ OCI_NUMBER_API sword print_number(OCINumber *number);
 /* ---- Reals -------------------------------------------------------------- */
 
 /* `rsl_length` and `rnum_length` are the size in bytes of the C type: 4 (float),
- * 8 (double) or 16 (long double, the 80-bit extended format). The reals need not
- * be aligned. */
+ * 8 (double) or 16 (long double, in the 80-bit extended or the quadruple format;
+ * where it is of another, 16 is refused as any other size is). The reals need not be
+ * aligned. */
 
 /* Stores `number` at `rsl`: rounded half away from zero to 6 (float), 15
  * (double) or 18 (long double) digits behind the decimal point, then to the
- * nearest long double, and that to the nearest float or double, ties to even. A
+ * nearest long double (double where 16 is refused), and that to the nearest float or
+ * double, ties to even. A
  * fixed count of digits behind the point means that small magnitudes keep fewer
  * significant digits: 0.000123456789 becomes the float 0.000123, 1E-20 zero (of
  * its sign). An infinity becomes the largest float of its sign, or 1e126 of its
@@ -484,7 +501,8 @@ OCI_NUMBER_API sword OCINumberToRealArray(OCIError *err, const OCINumber **numbe
  * call.
  * Errors: 21560 (argument 2; 4; 3 for another `rnum_length`), 602 when there is
  * no memory. A NaN is OCI_ERROR with nothing in `err`; so is a bit pattern that
- * the long double has no value for. */
+ * the 80-bit format has no value for (one of exponent 0 with its units bit set is
+ * read as the processor reads it, and as small as any is zero). */
 OCI_NUMBER_API sword OCINumberFromReal(OCIError *err, const void *rnum, uword rnum_length,
                                        OCINumber *number);
 

@@ -152,7 +152,7 @@ struct Reading {
 inline constexpr unsigned readings_per_sign = number_bytes::max_length + 1;
 inline constexpr auto readings = [] {
     std::array<Reading, 2 * readings_per_sign> all{};
-    for (unsigned row = 0; row < all.size(); ++row) {
+    for (unsigned row = 0; row != all.size(); ++row) {
         const unsigned bytes = row % readings_per_sign;
         const ub8 sign_bias = bias(number_bytes::flip(row >= readings_per_sign));
         all[row].keep = first_digits_masks[bytes == 0 ? 0 : bytes - 1];

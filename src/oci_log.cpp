@@ -292,9 +292,10 @@ __attribute__((destructor)) void stop() {
 }  // namespace
 
 // Saves its registers only past the filter: a line that is not wanted costs a load, a
-// comparison and the arguments.
-extern "C" void qzoci_log_inner(log_level level, const char *file, const long line, const char *fmt,
-                                ...) {
+// comparison and the arguments. It has no array of its own that could overflow, so its stack needs
+// no guard.
+extern "C" [[gnu::no_stack_protector]] void qzoci_log_inner(log_level level, const char *file,
+                                                            const long line, const char *fmt, ...) {
     if (level < threshold.load(std::memory_order_relaxed)) [[likely]]
         return;
     va_list args;

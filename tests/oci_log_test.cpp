@@ -12,6 +12,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
 #include <regex>
 #include <string>
@@ -219,9 +220,10 @@ TEST_F(Log, Unload) {
 // The environment is read before main: seen in a fresh process of this program.
 TEST_F(Log, Environment) {
     const auto run = [this](const char *level) {
-        const std::string command =
-            "OCI_NUMBER_LOG_FILE=" + path_ + " OCI_NUMBER_LOG_LEVEL=" + level + " /proc/" +
-            std::to_string(getpid()) + "/exe --gtest_filter=Speaker.* >/dev/null";
+        const std::string command = "OCI_NUMBER_LOG_FILE=" + path_ +
+                                    " OCI_NUMBER_LOG_LEVEL=" + level + " " OCI_NUMBER_EMULATOR " " +
+                                    std::filesystem::read_symlink("/proc/self/exe").string() +
+                                    " --gtest_filter=Speaker.* >/dev/null";
         const size_t before = lines().size();
         EXPECT_EQ(std::system(command.c_str()), 0);
         return lines().size() - before;

@@ -3,10 +3,13 @@
 # when all are there; otherwise apt-get's output goes to standard error.
 set -euo pipefail
 
+# Of a package that is installed for several architectures, this machine's counts.
 missing=()
 for package in "$@"; do
-    status=$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null) || status=
-    [[ $status == installed ]] || missing+=("$package")
+    architecture=$(dpkg --print-architecture)
+    [[ $package != *:* ]] || architecture=${package#*:}
+    dpkg-query -W -f='${Architecture} ${db:Status-Status}\n' "$package" 2>/dev/null |
+        grep -qE "^($architecture|all) installed$" || missing+=("$package")
 done
 [[ ${#missing[@]} -gt 0 ]] || exit 0
 
@@ -19,6 +22,10 @@ if [[ $(id -u) -ne 0 ]]; then
     as_root=(sudo)
 fi
 echo "Installing ${missing[*]}" >&2
+# Of another architecture, "name:architecture".
+for package in "${missing[@]}"; do
+    [[ $package != *:* ]] || "${as_root[@]}" dpkg --add-architecture "${package#*:}"
+done
 "${as_root[@]}" apt-get update -q </dev/null >&2
 "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
     apt-get install -q -y --no-install-recommends "${missing[@]}" </dev/null >&2

@@ -2,7 +2,6 @@
 #include "oci_calc_number/convert.h"
 
 using namespace number_bytes;
-using calc::Digits;
 
 namespace {
 

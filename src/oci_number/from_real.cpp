@@ -21,9 +21,9 @@ struct RealType {
     const char *tag;    // of the text's memory
 };
 constexpr RealType real_types[] = {
-    {sizeof(float), 7, "OCINumberFromReal 4"},
-    {sizeof(double), 16, "OCINumberFromReal 8"},
-    {sizeof(long double), 19, "OCINumberFromReal 16"},
+    {real_bits::Float::size, 7, "OCINumberFromReal 4"},
+    {real_bits::Double::size, 16, "OCINumberFromReal 8"},
+    {real_bits::LongDouble::size, 19, "OCINumberFromReal 16"},
 };
 
 const RealType *find_real_type(uword size) {

@@ -72,12 +72,8 @@ sword OCINumberToIntChecked(OCIError *err, const OCINumber *number, uword rsl_le
     // The integer is that of the number's decimal text in a buffer of this size, so what has no
     // text, or a longer one, has no integer.
     constexpr int text_size = 44;
-    // From 1 to below 10^20 it is shorter.
-    const auto fits = [](const plain_number::PlainNumber &p) {
-        return static_cast<unsigned>(p.exponent) < 10 || shape_of(p).length() <= text_size;
-    };
     plain_number::PlainNumber p;
-    if (!plain_number::read(*number, p) || !fits(p)) {
+    if (!plain_number::read(*number, p) || !fits(p, text_size)) {
         if (is_negative_infinity(*number) || is_positive_infinity(*number)) {
             return OCINumberOverflow(err);
         }

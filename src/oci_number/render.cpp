@@ -113,7 +113,7 @@ sword OCINumberProcessValue(const OCINumber *number, OraText **number_raw_str, s
 }
 
 sword OCINumberProcessDigits(const OCINumber *number, plain_number::PlainNumber &p, ub4 scale) {
-    if (!plain_number::read(*number, p) || shape_of(p).length() > number_text_size) {
+    if (!plain_number::read(*number, p) || !fits(p, number_text_size)) {
         return OCI_NUMBER_RETURN(trace_name, OCINumberNoText(number, OCI_ERROR));
     }
     round_places(p, scale);

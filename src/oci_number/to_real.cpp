@@ -1,8 +1,7 @@
 // Conversion to native reals, through a long double. The bits of reals
-// are put together with integers: the rounding mode has no part in a result, and no locale
+// are put together with integers: the floating-point unit has no part in a result, and no locale
 // in a text.
 #include <cfloat>
-#include <cmath>
 
 #include "oci_number/call_frame.h"
 #include "oci_utils/oci_utils.h"
@@ -20,9 +19,9 @@ struct RealType {
     ub4 scale;  // fraction digits that are rendered
 };
 constexpr RealType real_types[] = {
-    {sizeof(float), 6},
-    {sizeof(double), 15},
-    {sizeof(long double), 18},
+    {Float::size, 6},
+    {Double::size, 15},
+    {LongDouble::size, 18},
 };
 
 const RealType *find_real_type(uword size) {
@@ -32,46 +31,33 @@ const RealType *find_real_type(uword size) {
     return nullptr;
 }
 
-// The 16 bytes of a long double, those that it does not use zero.
-void OCINumberStoreLongDouble(long double value, void *rsl) {
-    ub1 bytes[sizeof value] = {};
-    std::memcpy(bytes, &value, LongDouble::used_bytes);
-    std::memcpy(rsl, bytes, sizeof bytes);
-}
-
 // An infinity becomes the largest float, or the bound of all numbers.
 void OCINumberStoreInfinity(bool negative, uword rsl_length, void *rsl) {
+    constexpr float largest = FLT_MAX;
     constexpr double bound = 1e126;
-    if (rsl_length == sizeof(float)) {
-        const float value = negative ? -FLT_MAX : FLT_MAX;
-        std::memcpy(rsl, &value, sizeof value);
-    } else if (rsl_length == sizeof(double)) {
-        const double value = negative ? -bound : bound;
-        std::memcpy(rsl, &value, sizeof value);
-    } else {
-        OCINumberStoreLongDouble(negative ? -bound : bound, rsl);
-    }
+    const bool is_float = rsl_length == Float::size;
+    Binary value = normalized(is_float ? Float::split(&largest) : Double::split(&bound));
+    value.negative = negative;
+    is_float                     ? Float::store(value, rsl)
+    : rsl_length == Double::size ? Double::store(value, rsl)
+                                 : LongDouble::store(value, rsl);
 }
 
-template <class Layout, class Real>
-bool OCINumberStoreNarrow(long double data, void *rsl) {
-    using limits = std::numeric_limits<Real>;
-    const Binary value = LongDouble::split(&data);
-    if (value.mantissa != 0) {
-        const long double magnitude = std::fabs(data);
-        if (magnitude > limits::max() || magnitude < limits::min()) return false;
-    }
-    const auto bits = Layout::round(value);
-    std::memcpy(rsl, &bits, sizeof bits);
+template <class Layout>
+bool OCINumberStoreNarrow(const Binary &data, void *rsl) {
+    if (data.mantissa != 0 && !Layout::holds(data)) return false;
+    Layout::store(data, rsl);
     return true;
 }
 
 // The nearest long double by the digits. False when they are too many for a product that
 // tells.
-bool OCINumberNearest(const plain_number::PlainNumber &p, long double &data) {
+bool OCINumberNearest(const plain_number::PlainNumber &p, Binary &data) {
     constexpr unsigned max_digits_of_product = 19;  // 10^38 < 2^128
-    data = p.negative ? -0.0L : 0.0L;
-    if (p.count == 0) return true;
+    if (p.count == 0) {
+        data = {Binary::Kind::finite, p.negative, 0, 0};
+        return true;
+    }
     if (p.count > max_digits_of_product) return false;
     // The digits moved to the end of the words, as an integer of 100^(exponent + 1 - count).
     const auto joined = join(moved_back(p.digits, digit_words::window - p.count));
@@ -80,20 +66,22 @@ bool OCINumberNearest(const plain_number::PlainNumber &p, long double &data) {
     if (!qz_nearest_long_double(value, 2 * (p.exponent + 1 - static_cast<int>(p.count)), &data)) {
         return false;
     }
-    data = p.negative ? -data : data;
+    data.negative = p.negative;
     return true;
 }
 
 // The same by the decimal text, for any number of digits.
-bool OCINumberScanned(const OCINumber *number, ub4 scale, long double &data) {
+bool OCINumberScanned(const OCINumber *number, ub4 scale, Binary &data) {
     OraText number_buf[number_text_size];
     OraText *number_str = number_buf;
     sb8 number_str_len = sizeof number_buf;
     if (OCINumberRenderValue(number, &number_str, &number_str_len, scale, 0)) return false;
     const char *const text = reinterpret_cast<const char *>(number_str);
     int errcode = 0;
-    data = qz_atold(text, text + number_str_len, &errcode);
-    return errcode == 0;
+    const long double scanned = qz_atold(text, text + number_str_len, &errcode);
+    if (errcode != 0) return false;
+    data = normalized(LongDouble::split(&scanned));
+    return true;
 }
 
 sword OCINumberToRealChecked(OCIError *err, const OCINumber *number, const RealType &type,
@@ -107,19 +95,19 @@ sword OCINumberToRealChecked(OCIError *err, const OCINumber *number, const RealT
         QZOCI_LOG_ERROR("fail to get str from number");
         return status;
     }
-    long double data;
+    Binary data;
     if (!OCINumberNearest(p, data) && !OCINumberScanned(number, type.scale, data)) {
         return OCI_NUMBER_INTERNAL_FAILURE(err, "fail to convert str to double");
     }
 
     switch (type.size) {
-        case sizeof(float):
-            if (OCINumberStoreNarrow<Float, float>(data, rsl)) return OCI_SUCCESS;
+        case Float::size:
+            if (OCINumberStoreNarrow<Float>(data, rsl)) return OCI_SUCCESS;
             return OCI_NUMBER_INTERNAL_FAILURE(err, "float value is overflow");
-        case sizeof(double):
-            if (OCINumberStoreNarrow<Double, double>(data, rsl)) return OCI_SUCCESS;
+        case Double::size:
+            if (OCINumberStoreNarrow<Double>(data, rsl)) return OCI_SUCCESS;
             return OCI_NUMBER_INTERNAL_FAILURE(err, "double value is overflow");
-        default: OCINumberStoreLongDouble(data, rsl); return OCI_SUCCESS;
+        default: LongDouble::store(data, rsl); return OCI_SUCCESS;
     }
 }
 

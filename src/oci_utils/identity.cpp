@@ -1,5 +1,8 @@
-// Who speaks: the prefixes of error messages and the calling thread.
+// Who speaks: the version, the prefixes of error messages, the calling thread.
+#include "oci.h"
 #include "oci_utils/oci_utils.h"
+
+extern "C" const char *oci_number_version(void) { return OCI_NUMBER_VERSION; }
 
 extern "C" const char *qzci_oci_prefix(void) { return "OCI"; }
 

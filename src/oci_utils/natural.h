@@ -13,6 +13,13 @@ __extension__ typedef unsigned __int128 ub16;
 constexpr unsigned decimals_per_limb = 19;  // 10^19 < 2^64
 constexpr unsigned fives_per_limb = 27;     // 5^27 < 2^64
 
+// Of a number that is not zero.
+constexpr int leading_zeros(ub8 n) { return __builtin_clzll(n); }
+constexpr int leading_zeros(ub16 n) {
+    const auto high = static_cast<ub8>(n >> 64);
+    return high != 0 ? leading_zeros(high) : 64 + leading_zeros(static_cast<ub8>(n));
+}
+
 constexpr ub8 power(ub8 base, unsigned exponent) {
     ub8 result = 1;
     while (exponent-- > 0) result *= base;
@@ -33,10 +40,15 @@ inline ub8 divide_limbs(ub8 *limbs, unsigned count, ub8 divisor) {
 // Least significant limb first, no zero limb on top. The users' bounds:
 // qz_atold: 1024 digits (3402 bits) shifted up as far as a division by 5^1024
 // (2378 bits) needs to leave a quotient wider than the mantissa.
-// qz_decimal_digits: 5^4970 (11541 bits) times a 71-bit number.
+// qz_decimal_digits: 5^4985 (11576 bits) times a 113-bit mantissa.
 struct Natural {
     ub8 limbs[192];
     unsigned size = 0;
+
+    Natural() = default;
+    explicit Natural(ub16 value) {
+        for (; value != 0; value >>= 64) limbs[size++] = static_cast<ub8>(value);
+    }
 
     void multiply_add(ub8 factor, ub8 addend) {
         ub16 carry = addend;

@@ -6,6 +6,7 @@
 
 #include "oci.h"
 #include "oci_utils/natural.h"
+#include "oci_utils/real_bits.h"
 
 extern "C" {
 
@@ -38,20 +39,21 @@ long long my_strtoll10(const char *nptr, char **endptr, int *error);
 // Parses decimal text from `start` up to `end`: an optional "-", digits with at
 // most one "." among them, at least one digit, at most 1024 digits from the first
 // that is not zero, and at most 1024 behind the ".". Returns the nearest long
-// double, ties to even, and sets `*error` to 0; for any other text returns 0 and
-// sets `*error` to 1.
+// double, ties to even, and sets `*error` to 0; for any other text, and a value outside the
+// normal reals of a long double that is as narrow as double, returns 0 and sets `*error` to 1.
 long double qz_atold(const char *start, const char *end, int *error);
 
-// Stores the long double nearest to value * 10^exponent, ties to even, for `value` not 0 and an
-// exponent from -1024 to 130. Returns false, with nothing stored, for the few values so close to
-// the midpoint of two that a product of 128 bits does not tell; qz_atold does, of their text.
-bool qz_nearest_long_double(natural::ub16 value, int exponent, long double *result);
+// Stores the long double nearest to value * 10^exponent, ties to even and normalized, for `value`
+// not 0 and an exponent from -128 to 130. Returns false, with nothing stored, for the few values so
+// close to the midpoint of two that a product of 128 bits does not tell; qz_atold does, of their
+// text.
+bool qz_nearest_long_double(natural::ub16 value, int exponent, real_bits::Binary *result);
 
 // Writes to `digits` the first `count` (1 to 20) significant decimal digits of
 // mantissa * 2^exponent, rounded to nearest, ties to even, and returns the decimal
 // exponent of the first: 7.5 has the digits "750" and the exponent 0. `mantissa`
-// is not 0; the value lies in the range of an 80-bit long double.
-int qz_decimal_digits(ub8 mantissa, int exponent, unsigned count, char *digits);
+// is not 0; the value lies in the range of a long double.
+int qz_decimal_digits(real_bits::Mantissa mantissa, int exponent, unsigned count, char *digits);
 
 // Prefixes of the interface's error messages.
 const char *qzci_oci_prefix(void);

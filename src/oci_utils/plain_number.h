@@ -2,6 +2,8 @@
 // what the text's readers need of it is decided by the digits.
 #pragma once
 
+#include <algorithm>
+
 #include "digit_words.h"
 
 namespace plain_number {
@@ -59,6 +61,14 @@ inline Shape shape_of(const PlainNumber &p) {
     return {integer_digits > 0 ? 2 * integer_digits - short_first : 1,
             has_fraction ? 1 + 2 * (count - integer_digits) - short_last : 0, p.negative,
             short_first, short_last};
+}
+
+// Whether the text has at most `size` characters; mostly the exponent tells.
+inline bool fits(const PlainNumber &p, int size) {
+    constexpr int places = 2 * int{number_bytes::max_digits};
+    const int most =
+        p.exponent < 0 ? places + 1 - 2 * p.exponent : std::max(places, 2 * (p.exponent + 1)) + 2;
+    return most <= size || shape_of(p).length() <= size;
 }
 
 // Rounds half away from zero to `places` decimal places. The sign stays, of zero too.

@@ -13,8 +13,8 @@ struct Power {
     int exponent;
 };
 
-// The decimal exponents of the 80-bit long double, denormals included, are -4951
-// to 4932; with 1 to 20 digits, p goes from -4932 to 4970.
+// The decimal exponents of a quadruple real, denormals included, are -4966 to 4932;
+// with 1 to 20 digits, p goes from -4932 to 4985.
 constexpr int min_step = -183;
 constexpr int max_step = 184;
 

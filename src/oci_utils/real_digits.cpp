@@ -10,17 +10,14 @@
 
 using namespace natural;
 using digit_words::word_base;
+using real_bits::Mantissa;
+using real_bits::mantissa_width;
 
 namespace {
 
 // Whether mantissa * 2^exponent * 10^p is below, at or above `floor` + 1/2.
-int compare_with_half(ub8 mantissa, int exponent, int p, ub16 floor) {
-    Natural value;
-    value.multiply_add(0, mantissa);
-    Natural half;
-    half.multiply_add(0, static_cast<ub8>(floor >> 63));
-    half.shift_limbs_up(1);
-    half.limbs[0] = static_cast<ub8>(floor << 1) | 1;
+int compare_with_half(Mantissa mantissa, int exponent, int p, ub16 floor) {
+    Natural value(mantissa), half(2 * floor + 1);
     (p > 0 ? value : half).multiply_by_power_of_5(static_cast<unsigned>(p > 0 ? p : -p));
     const int scale = exponent + p + 1;
     (scale > 0 ? value : half).shift_up(static_cast<unsigned>(scale > 0 ? scale : -scale));
@@ -36,29 +33,30 @@ constexpr PowersOfTen powers_of_ten = [] {
     return table;
 }();
 
-// floor(b * log10(2)), exact for the exponents of a long double: the first
+// floor(b * log10(2)), exact for the exponents of any long double: the first
 // multiple of log10(2) that is nearer to an integer than the constant's error
 // lies beyond b = 28738.
 int decimal_exponent_of_power_of_2(int b) { return static_cast<int>((sb8{b} * 1292913986) >> 32); }
 
 }  // namespace
 
-extern "C" int qz_decimal_digits(ub8 mantissa, int exponent, unsigned count, char *digits) {
-    const int shift = __builtin_clzll(mantissa);
+extern "C" int qz_decimal_digits(Mantissa mantissa, int exponent, unsigned count, char *digits) {
+    const int shift = leading_zeros(mantissa);
     mantissa <<= shift;
     exponent -= shift;
 
     const ub16 limit = powers_of_ten.power[count];
     // The first guess is right, or one too low when a power of ten lies between
     // the value and the power of two below it.
-    int decimal_exponent = decimal_exponent_of_power_of_2(exponent + 63);
+    int decimal_exponent = decimal_exponent_of_power_of_2(exponent + mantissa_width - 1);
     int p = static_cast<int>(count) - 1 - decimal_exponent;
-    const ub16 wide = static_cast<ub16>(mantissa) << 64;
-    auto scaled = power_of_ten::multiply(wide, exponent - 64, p);
+    constexpr int room = 128 - mantissa_width;
+    const ub16 wide = static_cast<ub16>(mantissa) << room;
+    auto scaled = power_of_ten::multiply(wide, exponent - room, p);
     if (scaled.bits >> -scaled.exponent >= limit) {
         ++decimal_exponent;
         --p;
-        scaled = power_of_ten::multiply(wide, exponent - 64, p);
+        scaled = power_of_ten::multiply(wide, exponent - room, p);
     }
 
     ub16 number = scaled.bits >> -scaled.exponent;

@@ -1,13 +1,10 @@
 // Text scanners: integers and floating point, whatever the process's locale.
-#include <bit>
-#include <cmath>
-#include <limits>
-
 #include "oci_utils/natural.h"
 #include "oci_utils/oci_utils.h"
 #include "oci_utils/power_of_ten.h"
 
 using namespace natural;
+using namespace real_bits;
 
 namespace {
 
@@ -48,22 +45,21 @@ extern "C" long long my_strtoll10(const char *nptr, char **endptr, int *error) {
 namespace {
 
 constexpr unsigned max_decimals = 1024;
-constexpr int mantissa_bits = std::numeric_limits<long double>::digits;
-static_assert(mantissa_bits == 64);
+constexpr int mantissa_bits = LongDouble::digits;
 
-// mantissa * 2^exponent, `up` by one in the mantissa; no rounding is left to the
-// machine.
-long double to_long_double(ub8 mantissa, bool up, int exponent) {
-    if (up && ++mantissa == 0) {
-        mantissa = ub8{1} << 63;
-        ++exponent;
+// mantissa * 2^exponent, `up` by one in the mantissa, normalized.
+Binary rounded(Mantissa mantissa, bool up, int exponent) {
+    constexpr int shift = mantissa_width - mantissa_bits;
+    mantissa <<= shift;
+    exponent -= shift;
+    if (up) {
+        mantissa += Mantissa{1} << shift;
+        if (mantissa == 0) {
+            mantissa = Mantissa{1} << (mantissa_width - 1);
+            ++exponent;
+        }
     }
-    const auto real = static_cast<long double>(mantissa);
-    // A product with a power of two is exact, and much faster than ldexp.
-    if (exponent > -1023 && exponent < 1024) {
-        return real * std::bit_cast<double>(static_cast<ub8>(exponent + 1023) << 52);
-    }
-    return std::ldexp(real, exponent);
+    return {Binary::Kind::finite, false, mantissa, exponent};
 }
 
 // The digits of a decimal text: an integer over 10^fraction.
@@ -75,7 +71,7 @@ struct ScannedDigits {
 };
 
 // The nearest long double by exact arithmetic, for any number of digits but none.
-long double exact_long_double(const ScannedDigits &digits) {
+Binary exact_long_double(const ScannedDigits &digits) {
     Natural n;
     for (const char *p = digits.begin; p != digits.end;) {
         ub8 chunk = 0;
@@ -104,26 +100,24 @@ long double exact_long_double(const ScannedDigits &digits) {
 
     // To nearest, ties to even.
     const unsigned dropped = n.bits() - mantissa_bits;
-    const auto mantissa = static_cast<ub8>(n.bits_from(dropped));
+    const auto mantissa = static_cast<Mantissa>(n.bits_from(dropped));
     const bool up = (n.bits_from(dropped - 1) & 1) != 0 &&
                     (inexact || (mantissa & 1) != 0 || n.any_bit_below(dropped - 1));
-    return to_long_double(
-        mantissa, up, static_cast<int>(dropped) - static_cast<int>(64 * shift + digits.fraction));
+    return rounded(mantissa, up,
+                   static_cast<int>(dropped) - static_cast<int>(64 * shift + digits.fraction));
 }
 
 }  // namespace
 
-bool qz_nearest_long_double(ub16 value, int exponent, long double *result) {
-    const auto high = static_cast<ub8>(value >> 64);
-    const int zeros =
-        high != 0 ? __builtin_clzll(high) : 64 + __builtin_clzll(static_cast<ub8>(value));
+bool qz_nearest_long_double(ub16 value, int exponent, Binary *result) {
+    const int zeros = leading_zeros(value);
     const auto product = power_of_ten::multiply(value << zeros, -zeros, exponent);
-    const int dropped = 64 - __builtin_clzll(static_cast<ub8>(product.bits >> 64));
+    const int dropped = 128 - mantissa_bits - leading_zeros(product.bits);
     const ub16 half = ub16{1} << (dropped - 1);
     const ub16 rest = product.bits & (2 * half - 1);
     if (rest <= half && rest + product.below > half) return false;
-    *result = to_long_double(static_cast<ub8>(product.bits >> dropped), rest > half,
-                             product.exponent + dropped);
+    *result = rounded(static_cast<Mantissa>(product.bits >> dropped), rest > half,
+                      product.exponent + dropped);
     return true;
 }
 
@@ -171,14 +165,19 @@ extern "C" long double qz_atold(const char *start, const char *end, int *error) 
         return 0;
     }
     digits.fraction = static_cast<unsigned>(fraction);
-    *error = 0;
 
-    long double magnitude = 0;
-    if (digits.count > 0 &&
-        (rest_count > 0 ||
-         !qz_nearest_long_double(static_cast<ub16>(high) * power(10, low_count) + low,
-                                 -static_cast<int>(digits.fraction), &magnitude))) {
-        magnitude = exact_long_double(digits);
+    Binary value{Binary::Kind::finite, negative, 0, 0};
+    if (digits.count > 0) {
+        if (rest_count > 0 ||
+            !qz_nearest_long_double(static_cast<ub16>(high) * power(10, low_count) + low,
+                                    -static_cast<int>(digits.fraction), &value)) {
+            value = exact_long_double(digits);
+        }
+        if (!LongDouble::holds(value)) return 0;
+        value.negative = negative;
     }
-    return negative ? -magnitude : magnitude;
+    *error = 0;
+    std::conditional_t<LongDouble::size == 16, long double, double> result;
+    LongDouble::store(value, &result);
+    return result;
 }

@@ -12,6 +12,7 @@ import subprocess
 import sys
 import tempfile
 import unittest
+from decimal import Decimal
 
 TOOL, SOURCE = sys.argv.pop(1), sys.argv.pop(1)
 SEED = int(os.environ.get("CLI_TEST_SEED", "1"))
@@ -68,6 +69,18 @@ class Tables(unittest.TestCase):
                     message = f"ocinumber: argument 1: {shown}: {expected[0]}\n"
                     self.assertEqual((status, out, err.decode()), (1, b"", message))
 
+    def test_wrong_calls(self):
+        for arguments, message in (
+                (["encdoe"], 'unknown command "encdoe"; did you mean "encode"?'),
+                (["\x1b[1m"], 'unknown command "\\x1B[1m"; --help lists the commands'),
+                (["calc", "-pi"], "The following argument was not expected: -p; "
+                                  "values that look like options go behind --"),
+                (["prec", "--digits", "", "1"], '--digits: "" is no decimal integer of 32 bits'),
+                (["encode", "--to", "\x01", "1"], '--to: "\\x01" is not hex|list|raw|sortable'),
+                (["format", "-m", "FM", "1"], '--model: "FM" has no positions')):
+            with self.subTest(arguments):
+                self.assertEqual(run(*arguments), (2, b"", f"ocinumber: {message}\n".encode()))
+
     def test_inspect(self):
         for value, status, *fault in rows("cli_inspect.txt"):
             with self.subTest(value):
@@ -87,12 +100,13 @@ class Tables(unittest.TestCase):
         self.assertEqual(run("inspect", "--from", "hex", "0180")[1].split()[-1], b"0")
 
     def test_help(self):
-        for arguments in (["--help"], ["encode", "--help"], ["decode", "-h"], ["inspect", "--help"],
-                          ["format", "--help"], ["parse", "--help"], ["--version"]):
+        commands = ("encode decode convert inspect format parse calc round trunc prec shift abs neg").split()
+        for arguments in (["--help"], ["--version"], *([name, "--help"] for name in commands)):
             status, out, err = run(*arguments)
             self.assertEqual((status, err), (0, b""), arguments)
             self.assertIn(b"ocinumber ", out)
             self.assertEqual(b"Examples:" in out, len(arguments) == 2)
+            self.assertLessEqual(max(map(len, out.splitlines())), 80, arguments)
 
 
 class Conversions(unittest.TestCase):
@@ -114,6 +128,16 @@ class Conversions(unittest.TestCase):
         texts = random_texts(500_000)
         data = "".join(text + "\n" for text in texts).encode()
         self.assertTrue(self.convert(self.convert(data, "encode"), "decode") == data, SEED)
+
+    def test_sortable_bytes(self):
+        texts = random_texts(20_000) + ["~", "-~", "0"]
+        data = "".join(text + "\n" for text in texts).encode()
+        keys = self.convert(data, "convert", "--to", "sortable").splitlines()
+        ordered = b"".join(key + b"\n" for key in sorted(keys))
+        infinities = {"~": Decimal("Infinity"), "-~": Decimal("-Infinity")}
+        expected = sorted(texts, key=lambda text: infinities.get(text) or Decimal(text))
+        got = self.convert(ordered, "convert", "--from", "sortable").decode().split()
+        self.assertTrue(got == expected, SEED)
 
     def test_sample_file(self):
         encoded = self.convert(b"", "encode", "-f", os.path.join(SOURCE, "examples/amounts.txt"))
@@ -168,6 +192,30 @@ class Streams(unittest.TestCase):
             os.close(reader)
             self.assertEqual(run("encode", data=data, stdout=writer), (0, None, b""))
             os.close(writer)
+
+    def test_closed_streams_after_refusals(self):
+        # Nobody reads the messages, or nobody reads the results: both end the tool, with status 1.
+        endless = subprocess.Popen(["yes", "x"], stdout=subprocess.PIPE)
+        reader, writer = os.pipe()
+        os.close(reader)
+        done = subprocess.run([TOOL, "encode"], stdin=endless.stdout, stdout=subprocess.PIPE,
+                              stderr=writer, timeout=60)
+        endless.stdout.close()
+        endless.wait()
+        self.assertEqual((done.returncode, done.stdout), (1, b""))
+        status, _, err = run("encode", data=b"x\n" + b"1\n" * 100000, stdout=writer)
+        self.assertEqual((status, err), (1, b'ocinumber: -:1: "x": unexpected "x" at column 1\n'))
+        os.close(writer)
+
+    def test_input_is_the_output(self):
+        with tempfile.NamedTemporaryFile() as file:
+            file.write(b"-1\n")
+            file.flush()
+            message = f"ocinumber: {file.name}: the input is the output\n".encode()
+            with open(file.name, "ab") as out:
+                self.assertEqual(run("abs", "-f", file.name, stdout=out), (1, None, message))
+            with open(file.name, "rb") as copy:
+                self.assertEqual(copy.read(), b"-1\n")
 
     def test_conversation(self):
         with subprocess.Popen([TOOL, "encode"], stdin=subprocess.PIPE,

@@ -14,7 +14,8 @@ prefix=$scratch/prefix
 
 cmake --install "$build" --prefix "$prefix" >/dev/null
 
-# The configuration's name is part of one file's name.
+# The configuration's name is part of one file's name. Of the documents there are the licence,
+# the README, the changelog and a folder.
 diff <(LC_ALL=C sort <<<"include/oci.h
 include/oci_number.hpp
 include/oci_number_log.h
@@ -29,8 +30,10 @@ $libdir/liboci_number.so.${version%%.*}
 $libdir/liboci_number.so.$version
 $libdir/pkgconfig/oci_number.pc
 share/gdb/auto-load$prefix/$libdir/liboci_number.so.$version-gdb.py${tool:+$'\n'$tool}") \
-    <(cd "$prefix" && find . ! -type d -printf '%P\n' |
+    <(cd "$prefix" && find . ! -type d ! -path './share/doc/*' -printf '%P\n' |
         sed 's/targets-.*\.cmake/targets-CONFIG.cmake/' | LC_ALL=C sort)
+diff <(printf '%s\n' CHANGELOG.md LICENSE README.md docs) \
+    <(cd "$prefix/share/doc/oci_number" && LC_ALL=C ls)
 
 # No text file of the installed package names the place that it was built in.
 if grep -rlIF -e "$build" -e "$(dirname "$(dirname "$(dirname "$source")")")" "$prefix"; then

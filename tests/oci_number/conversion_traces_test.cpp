@@ -41,8 +41,9 @@ Outcome call(OCIError *err, const std::vector<std::string> &c) {
                        : model == "unsigned" ? OCI_NUMBER_UNSIGNED
                                              : 1;
     if (function == "FromInt") {
-        const ub8 value = input == "-" ? 0 : std::stoull(input);
-        return finish(OCINumberFromInt(err, input == "-" ? nullptr : &value, size, flag, result));
+        ub8 value = input == "-" ? 0 : std::stoull(input);
+        const void *const integer = input == "-" ? nullptr : low_part(value, size);
+        return finish(OCINumberFromInt(err, integer, size, flag, result));
     }
     const bool nls = is_given('n');
     const OraText *const language = nls ? bytes("x") : nullptr;
@@ -70,6 +71,7 @@ Outcome call(OCIError *err, const std::vector<std::string> &c) {
 
 TEST(ConversionTraces, Calls) {
     for (const auto &[line, c] : data_rows("conversion_traces.txt")) {
+        if (!has_long_double && c[0] == "FromReal" && c[3] == "16") continue;
         SCOPED_TRACE(line);
         ErrorHandle err;
         take_log();

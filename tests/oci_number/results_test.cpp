@@ -1,6 +1,7 @@
 // Results and refusals of every function on given operands.
 #include "oci_calc_number/oci_calc_number.h"
 #include "support/functions.h"
+#include "support/surroundings.h"
 
 namespace {
 
@@ -8,6 +9,7 @@ namespace {
 class Results : public testing::TestWithParam<const char *> {};
 
 TEST_P(Results, Table) {
+    long surroundings = 0;
     for (const auto &[line, columns] : data_rows(GetParam())) {
         SCOPED_TRACE(line);
         const Function &f = function(columns.at(0));
@@ -25,7 +27,11 @@ TEST_P(Results, Table) {
             OCINumber *const r = f.result == 0 || place == 1 ? &a : place == 2 ? &b : &apart;
             const OCINumber before = *r;
             take_log();
-            ASSERT_EQ(f.call(err, &a, &b, count, r), refused ? OCI_ERROR : OCI_SUCCESS);
+            const sword status = [&] {
+                const Surroundings set(surroundings++);
+                return f.call(err, &a, &b, count, r);
+            }();
+            ASSERT_EQ(status, refused ? OCI_ERROR : OCI_SUCCESS);
             const auto log = take_log();
             if (refused) {
                 EXPECT_EQ(std::to_string(err.code()), column[1]);

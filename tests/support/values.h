@@ -1,10 +1,22 @@
 // Random values in normal form, as exact decimals and as number bytes.
 #pragma once
 
+#include <bit>
 #include <random>
 
+#include "oci_utils/real_bits.h"
 #include "support/exact.h"
 #include "support/numbers.h"
+
+// Of the long double that reals go through, and whether it has a size of its own.
+inline constexpr int real_digits = real_bits::LongDouble::digits;
+inline constexpr bool has_long_double = real_bits::LongDouble::size == 16;
+
+// Where a value's integer of `length` bytes stands in it.
+inline char *low_part(ub8 &value, uword length) {
+    const bool at_end = std::endian::native == std::endian::big && length <= sizeof value;
+    return reinterpret_cast<char *>(&value) + (at_end ? sizeof value - length : 0);
+}
 
 using Random = std::mt19937_64;
 

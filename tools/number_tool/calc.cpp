@@ -36,7 +36,7 @@ Command add_calc(CLI::App &tool) {
         "\nExamples:\n"
         "  ocinumber calc 'sqrt(2)*ln(10)^2'\n"
         "  seq 10 | sed 's/.*/exp(&)/' | ocinumber calc");
-    add_form(*app, "--to", options->to, "text|hex|list|raw", "Form of the results");
+    add_form(*app, "--to", options->to, all_forms, "Form of the results");
     add_inputs(*app, options->inputs, "EXPRESSION");
     return {app, [options](Output &out) {
                 const LibraryError err;

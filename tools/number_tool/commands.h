@@ -19,6 +19,7 @@ struct Command {
 
 Command add_encode(CLI::App &tool);
 Command add_decode(CLI::App &tool);
+Command add_convert(CLI::App &tool);
 Command add_inspect(CLI::App &tool);
 Command add_format(CLI::App &tool);
 Command add_parse(CLI::App &tool);
@@ -32,7 +33,14 @@ void add_inputs(CLI::App &command, Inputs &inputs, const char *value_name);
 // Gives a command an option for one of `forms`, names separated by "|"; `form`
 // holds the default.
 CLI::Option *add_form(CLI::App &command, const char *option, Form &form, const std::string &forms,
-                      const char *description);
+                      const char *description, bool has_default = true);
+
+// Gives a command the flag that makes Form::text of `form` Form::strict_text.
+void add_strict(CLI::App &command, Form &form);
+
+// Gives a command an option for a decimal integer; `count` holds the default.
+CLI::Option *add_count(CLI::App &command, const char *option, sword &count,
+                       const char *description);
 
 // Gives a command the option that names its format model.
 void add_model(CLI::App &command, std::string &model);

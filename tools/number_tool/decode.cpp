@@ -17,7 +17,7 @@ Command add_decode(CLI::App &tool) {
         "  ocinumber decode 03C20218             123\n"
         "  ocinumber decode --from list 'Len=3: 194,2,24'\n"
         "  ocinumber decode --from raw --file amounts.raw");
-    add_form(*app, "--from", options->from, "hex|list|raw", "Form of the bytes");
+    add_form(*app, "--from", options->from, byte_forms, "Form of the bytes");
     add_inputs(*app, options->inputs, "BYTES");
     return {app, [options](Output &out) {
                 const Form from = options->from;

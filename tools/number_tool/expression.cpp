@@ -1,10 +1,10 @@
 #include "expression.h"
 
 #include <algorithm>
-#include <charconv>
 #include <iterator>
 
-#include "oci_utils/oci_utils.h"
+#include "decimal.h"
+#include "number_bytes.h"
 #include "stream.h"
 
 namespace number_tool {
@@ -21,32 +21,38 @@ struct NamedFunction {
     std::string_view arguments;
     UnaryCall unary = nullptr;
     BinaryCall binary = nullptr;
-    CountCall count = nullptr;  // the second argument is an integer
+    CountCall count = nullptr;   // the second argument is an integer
+    std::string_view refused{};  // what it has no value for
 };
+
+constexpr std::string_view of_infinity = "an angle that is infinite";
+constexpr std::string_view power_refused =
+    "a negative base with a fractional exponent, or zero with a negative one";
+constexpr std::string_view outside_1 = "an argument outside -1 to 1";
 
 constexpr NamedFunction functions[] = {
     {"abs", "x", OCINumberAbs},
-    {"acos", "x", OCINumberArcCos},
-    {"asin", "x", OCINumberArcSin},
+    {"acos", "x", OCINumberArcCos, nullptr, nullptr, outside_1},
+    {"asin", "x", OCINumberArcSin, nullptr, nullptr, outside_1},
     {"atan", "x", OCINumberArcTan},
-    {"atan2", "y, x", nullptr, OCINumberArcTan2},
+    {"atan2", "y, x", nullptr, OCINumberArcTan2, nullptr, "a second argument of zero"},
     {"ceil", "x", OCINumberCeil},
-    {"cos", "x", OCINumberCos},
+    {"cos", "x", OCINumberCos, nullptr, nullptr, of_infinity},
     {"cosh", "x", OCINumberHypCos},
     {"exp", "x", OCINumberExp},
     {"floor", "x", OCINumberFloor},
-    {"ln", "x", OCINumberLn},
-    {"log", "base, x", nullptr, OCINumberLog},
-    {"mod", "x, y", nullptr, OCINumberMod},
+    {"ln", "x", OCINumberLn, nullptr, nullptr, "zero or a negative number"},
+    {"log", "base, x", nullptr, OCINumberLog, nullptr, "zero or a negative number"},
+    {"mod", "x, y", nullptr, OCINumberMod, nullptr, "an infinite dividend"},
     {"neg", "x", OCINumberNeg},
-    {"power", "x, y", nullptr, OCINumberPower},
+    {"power", "x, y", nullptr, OCINumberPower, nullptr, power_refused},
     {"prec", "x, digits", nullptr, nullptr, OCINumberPrec},
     {"round", "x, places", nullptr, nullptr, OCINumberRound},
     {"shift", "x, n", nullptr, nullptr, OCINumberShift},
-    {"sin", "x", OCINumberSin},
+    {"sin", "x", OCINumberSin, nullptr, nullptr, of_infinity},
     {"sinh", "x", OCINumberHypSin},
-    {"sqrt", "x", OCINumberSqrt},
-    {"tan", "x", OCINumberTan},
+    {"sqrt", "x", OCINumberSqrt, nullptr, nullptr, "a negative number"},
+    {"tan", "x", OCINumberTan, nullptr, nullptr, of_infinity},
     {"tanh", "x", OCINumberHypTan},
     {"trunc", "x, places", nullptr, nullptr, OCINumberTrunc},
 };
@@ -84,14 +90,19 @@ private:
         return false;
     }
 
-    // Passes the library's status on; a failure is placed at the call.
-    bool check(sword status, size_t where) {
+    // Passes the library's status on; a failure is placed at the call. Where a function of this
+    // name has no value the library says no more than that it failed.
+    bool check(sword status, size_t where, std::string_view name, std::string_view refused) {
         if (status == OCI_SUCCESS) return true;
-        return fail(err_.message(), where);
+        constexpr int divided_by_zero = 22056;
+        if (refused.empty() || err_.code() == divided_by_zero) return fail(err_.message(), where);
+        return fail("no " + std::string(name) + " of " + std::string(refused), where);
     }
+    bool check(sword status, size_t where) { return check(status, where, {}, {}); }
 
-    bool apply(BinaryCall call, OCINumber &left, const OCINumber &right, size_t where) {
-        return check(call(err_.handle(), &left, &right, &left), where);
+    bool apply(BinaryCall call, OCINumber &left, const OCINumber &right, size_t where,
+               std::string_view name, std::string_view refused) {
+        return check(call(err_.handle(), &left, &right, &left), where, name, refused);
     }
 
     bool sum(OCINumber &result) {
@@ -102,7 +113,11 @@ private:
             const size_t where = pos_++;
             OCINumber right{};
             if (!product(right)) return false;
-            if (!apply(c == '+' ? OCINumberAdd : OCINumberSub, result, right, where)) return false;
+            const bool good =
+                c == '+'
+                    ? apply(OCINumberAdd, result, right, where, "sum", "opposite infinities")
+                    : apply(OCINumberSub, result, right, where, "difference", "equal infinities");
+            if (!good) return false;
         }
     }
 
@@ -114,10 +129,13 @@ private:
             const size_t where = pos_++;
             OCINumber right{};
             if (!sign(right)) return false;
-            const BinaryCall call = c == '*'   ? OCINumberMul
-                                    : c == '/' ? OCINumberDiv
-                                               : OCINumberMod;
-            if (!apply(call, result, right, where)) return false;
+            const bool good =
+                c == '*'
+                    ? apply(OCINumberMul, result, right, where, "product", "zero and an infinity")
+                : c == '/' ? apply(OCINumberDiv, result, right, where, "quotient", "infinities")
+                           : apply(OCINumberMod, result, right, where, "remainder",
+                                   "an infinite dividend");
+            if (!good) return false;
         }
     }
 
@@ -140,7 +158,8 @@ private:
         if (peek() != '^') return true;
         const size_t where = pos_++;
         OCINumber exponent{};
-        return sign(exponent) && apply(OCINumberPower, result, exponent, where);
+        return sign(exponent) &&
+               apply(OCINumberPower, result, exponent, where, "power", power_refused);
     }
 
     bool value(OCINumber &result) {
@@ -156,21 +175,21 @@ private:
 
     bool number(OCINumber &result) {
         const size_t start = pos_;
-        while (pos_ < text_.size() && (is_digit(text_[pos_]) || text_[pos_] == '.')) ++pos_;
-        std::string mantissa(text_.substr(start, pos_ - start));
-        if (getNumberFromStr(&result, reinterpret_cast<ub1 *>(mantissa.data()),
-                             static_cast<ub4>(mantissa.size())) != OCI_SUCCESS) {
-            return fail(in_quotes(mantissa) + " is no number or too large", start);
+        const auto skip = [&](auto belongs) {
+            while (pos_ < text_.size() && belongs(text_[pos_])) ++pos_;
+        };
+        skip([](char c) { return is_digit(c) || c == '.'; });
+        if (pos_ < text_.size() && (text_[pos_] | 0x20) == 'e') {
+            ++pos_;
+            if (pos_ < text_.size() && (text_[pos_] == '+' || text_[pos_] == '-')) ++pos_;
+            skip(is_digit);
         }
-        if (pos_ == text_.size() || (text_[pos_] | 0x20) != 'e') return true;
-        size_t p = pos_ + 1;
-        if (p < text_.size() && text_[p] == '+') ++p;
-        sword exponent = 0;
-        const auto parsed =
-            std::from_chars(text_.data() + p, text_.data() + text_.size(), exponent);
-        if (parsed.ec != std::errc()) return fail("digits of an exponent are missing", p);
-        pos_ = static_cast<size_t>(parsed.ptr - text_.data());
-        return check(OCINumberShift(err_.handle(), &result, exponent, &result), start);
+        DecimalText parts;
+        const std::string_view number = text_.substr(start, pos_ - start);
+        if (!scan_decimal(number, false, start + 1, parts, reason_)) return false;
+        // What is too large for a number is an infinity, as the result of a step is.
+        if (!number_of(parts, result)) number_bytes::set_infinity(result, false);
+        return true;
     }
 
     bool named(OCINumber &result) {
@@ -188,14 +207,16 @@ private:
         if (!take('(')) return fail("\"(\" is missing", pos_);
         if (!sum(result)) return false;
         if (f->unary != nullptr) {
-            return close() && check(f->unary(err_.handle(), &result, &result), start);
+            return close() &&
+                   check(f->unary(err_.handle(), &result, &result), start, f->name, f->refused);
         }
         if (!take(',')) return fail("\",\" is missing", pos_);
         at_end();
         const size_t second = pos_;
         OCINumber argument{};
         if (!sum(argument) || !close()) return false;
-        if (f->binary != nullptr) return apply(f->binary, result, argument, start);
+        if (f->binary != nullptr)
+            return apply(f->binary, result, argument, start, f->name, f->refused);
         return count_call(f->count, result, argument, start, second);
     }
 

@@ -30,7 +30,10 @@ Faults find_faults(const GivenBytes &given) {
         faults.add(Fault::exponent_alone, 1);
         return faults;
     }
-    if (bytes[1] == zero_exponent_byte) faults.add(Fault::exponent_of_zero, 1);
+    // 127 is its mirror image among the negative ones.
+    if (bytes[1] == zero_exponent_byte || bytes[1] == zero_exponent_byte - 1) {
+        faults.add(Fault::exponent_of_zero, 1);
+    }
 
     const bool negative = is_negative(number);
     const unsigned digits = digit_count(number);
@@ -72,7 +75,9 @@ std::string describe(const Fault &fault, const GivenBytes &given) {
         case Fault::exponent_alone:
             return "exponent byte " + std::to_string(bytes[1]) +
                    " without digits is neither zero (128) nor negative infinity (0)";
-        case Fault::exponent_of_zero: return "exponent byte 128 is zero's, but digits follow";
+        case Fault::exponent_of_zero:
+            return bytes[1] == zero_exponent_byte ? "exponent byte 128 is zero's, but digits follow"
+                                                  : "exponent byte 127 is that of no value";
         case Fault::digits_missing: return "no digit byte";
         case Fault::digit_out_of_range:
             return "digit byte " + std::to_string(bytes[fault.byte]) +

@@ -20,6 +20,12 @@ char *format_number(LibraryError &error, const OCINumber &number, const std::str
     return out + size + 1;
 }
 
+// TM has all that a number needs, other models the positions that they name.
+bool has_positions(std::string_view model) {
+    const bool is_tm = model.size() >= 2 && (model[0] | 0x20) == 't';
+    return is_tm || model.find_first_of("09") != model.npos;
+}
+
 }  // namespace
 
 Command add_format(CLI::App &tool) {
@@ -38,17 +44,21 @@ Command add_format(CLI::App &tool) {
         "  ocinumber format --model 9990.99 123.456 -0.5\n"
         "  ocinumber format --model FM9990.99 --from raw --file amounts.raw");
     add_model(*app, options->model);
-    add_form(*app, "--from", options->from, "text|hex|list|raw", "Form of the numbers");
+    add_form(*app, "--from", options->from, all_forms, "Form of the numbers");
+    add_strict(*app, options->from);
     add_inputs(*app, options->inputs, "NUMBER");
     return {app, [options](Output &out) {
                 // Refuses a model before any number is read.
-                if (options->model.empty()) throw CLI::ValidationError("--model", "no model");
                 constexpr OCINumber zero = {{1, 128}};
                 std::string reason;
                 if (format_number(options->error, zero, options->model, out.room(), reason) ==
                         nullptr &&
                     options->error.code() == 22061) {
                     throw CLI::ValidationError("--model", reason);
+                }
+                if (!has_positions(options->model)) {
+                    throw CLI::ValidationError("--model",
+                                               in_quotes(options->model) + " has no positions");
                 }
                 const Form from = options->from;
                 return for_each_value(

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cstring>
 
+#include "decimal.h"
 #include "number_bytes.h"
 #include "oci_utils/oci_utils.h"
 #include "stream.h"
@@ -32,8 +33,6 @@ bool refuse(std::string &reason, std::string text) {
 }
 
 std::string column(size_t index) { return " at column " + std::to_string(index + 1); }
-
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
 size_t skip_blanks(std::string_view text, size_t at) {
     while (at < text.size() && text[at] == ' ') ++at;
@@ -75,6 +74,17 @@ bool read_hex(std::string_view value, GivenBytes &given, std::string &reason) {
         if (!add_byte(given, nibble(at) * 16u + nibble(at + 1), reason)) return false;
     }
     return given.count > 0 || refuse(reason, "no bytes");
+}
+
+// The length byte is the count of the others.
+bool read_sortable(std::string_view value, GivenBytes &given, std::string &reason) {
+    GivenBytes counted;
+    if (!read_hex(value, counted, reason)) return false;
+    if (counted.count > max_length) return refuse(reason, "more than 21 bytes");
+    given.count = counted.count + 1;
+    given.number.OCINumberPart[0] = static_cast<ub1>(counted.count);
+    std::memcpy(given.number.OCINumberPart + 1, counted.number.OCINumberPart, counted.count);
+    return true;
 }
 
 // A decimal number of a byte list at `at`, which moves behind it.
@@ -124,32 +134,23 @@ bool read_record(std::string_view value, GivenBytes &given, std::string &reason)
     return true;
 }
 
-// Why the codec refuses the text.
-std::string text_fault(std::string_view value) {
-    if (value.empty()) return "no value";
-    size_t at = skip_blanks(value, 0);
-    if (at < value.size() && value[at] == '-') ++at;
-    bool has_digit = false, has_period = false;
-    for (; at < value.size(); ++at) {
-        if (value[at] == '.') {
-            if (has_period) return "second period" + column(at);
-            has_period = true;
-        } else if (is_digit(value[at])) {
-            has_digit = true;
-        } else {
-            return "unexpected " + in_quotes(value.substr(at, 1)) + column(at);
-        }
-    }
-    return has_digit ? "magnitude is 1E126 or more" : "no digit";
-}
-
-bool read_text(std::string_view value, GivenBytes &given, std::string &reason) {
-    // The codec only reads the text, and it is no longer than a line.
+bool read_text(std::string_view value, bool strict, GivenBytes &given, std::string &reason) {
+    // The usual text is the codec's, which only reads it; it is no longer than a line.
     auto *const text = reinterpret_cast<ub1 *>(const_cast<char *>(value.data()));
     if (getNumberFromStr(&given.number, text, static_cast<ub4>(value.size())) != OCI_SUCCESS) {
-        const std::string_view name = value.substr(skip_blanks(value, 0));
-        if (name != "~" && name != "-~") return refuse(reason, text_fault(value));
-        set_infinity(given.number, name == "-~");
+        const std::string_view blanks = strict ? " " : " \t";
+        const size_t first = std::min(value.find_first_not_of(blanks), value.size());
+        const size_t last = strict ? value.size() : value.find_last_not_of(blanks) + 1;
+        const std::string_view name = value.substr(first, last - first);
+        if (name == "~" || name == "-~") {
+            set_infinity(given.number, name == "-~");
+        } else {
+            DecimalText parts;
+            if (!scan_decimal(value, strict, 1, parts, reason)) return false;
+            if (!number_of(parts, given.number)) {
+                return refuse(reason, "magnitude is 1E126 or more");
+            }
+        }
     }
     given.count = given.number.OCINumberPart[0] + 1u;
     return true;
@@ -160,8 +161,8 @@ char *put(char *out, std::string_view text) {
     return out + text.size();
 }
 
-char *write_hex(const OCINumber &number, char *out) {
-    for (unsigned i = 0; i <= number.OCINumberPart[0]; ++i) {
+char *write_hex(const OCINumber &number, char *out, unsigned first = 0) {
+    for (unsigned i = first; i <= number.OCINumberPart[0]; ++i) {
         *out++ = "0123456789ABCDEF"[number.OCINumberPart[i] >> 4];
         *out++ = "0123456789ABCDEF"[number.OCINumberPart[i] & 15];
     }
@@ -194,16 +195,19 @@ const std::map<std::string, Form> &form_names() {
                                                       {"list", Form::list},
                                                       // The name of old.
                                                       {"dump", Form::list},
-                                                      {"raw", Form::raw}};
+                                                      {"raw", Form::raw},
+                                                      {"sortable", Form::sortable}};
     return names;
 }
 
 bool read_bytes(Form form, std::string_view value, GivenBytes &given, std::string &reason) {
     switch (form) {
-        case Form::text: return read_text(value, given, reason);
+        case Form::text: return read_text(value, false, given, reason);
+        case Form::strict_text: return read_text(value, true, given, reason);
         case Form::hex: return read_hex(value, given, reason);
         case Form::list: return read_list(value, given, reason);
         case Form::raw: return read_record(value, given, reason);
+        case Form::sortable: return read_sortable(value, given, reason);
     }
     return false;
 }
@@ -217,7 +221,8 @@ bool read_number(Form form, std::string_view value, GivenBytes &given, std::stri
 
 char *write_number(Form form, const OCINumber &number, char *out, std::string &reason) {
     switch (form) {
-        case Form::text: {
+        case Form::text:
+        case Form::strict_text: {
             ub2 size = 256;  // the longest text has 2 + 128 + 40 characters
             if (is_positive_infinity(number)) {
                 out = put(out, "~");
@@ -234,6 +239,18 @@ char *write_number(Form form, const OCINumber &number, char *out, std::string &r
         }
         case Form::hex: out = write_hex(number, out); break;
         case Form::list: out = write_list(number, out); break;
+        case Form::sortable: {
+            // Only in normal form is the order of the bytes that of the values; an infinity has no
+            // text, and no other form.
+            OCINumber normal = number;
+            OraText text[256];
+            ub2 size = sizeof text;
+            if (getStrFromNumber(&number, text, &size) == OCI_SUCCESS) {
+                getNumberFromStr(&normal, text, size);
+            }
+            out = write_hex(normal, out, 1);
+            break;
+        }
         case Form::raw: {
             // Bytes behind the value say nothing and are written as zeros.
             const size_t length = number.OCINumberPart[0] + size_t{1};

@@ -11,11 +11,17 @@
 namespace number_tool {
 
 enum class Form {
-    text,  // canonical decimal text; infinities are ~ and -~
-    hex,   // the meaningful bytes from the length byte on: 03C20218
-    list,  // as print_number lists bytes: Len=3: 194,2,24
-    raw,   // 22-byte records
+    text,  // canonical decimal text; infinities are ~ and -~. Read are also exponents, "+", blanks
+           // and tabs around.
+    strict_text,  // read only without them
+    hex,          // the meaningful bytes from the length byte on: 03C20218
+    list,         // as print_number lists bytes: Len=3: 194,2,24
+    raw,          // 22-byte records
+    sortable,     // hex of what the length byte counts, in normal form: its order is the numbers'
 };
+
+inline constexpr const char *byte_forms = "hex|list|raw|sortable";
+inline constexpr const char *all_forms = "text|hex|list|raw|sortable";
 
 const std::map<std::string, Form> &form_names();
 

@@ -115,16 +115,16 @@ Command add_inspect(CLI::App &tool) {
     const auto options = std::make_shared<Options>();
     CLI::App *const app = tool.add_subcommand("inspect", "Number bytes explained, a row a byte");
     app->footer(
-        "VALUE is decimal text, hex or a byte list. Digits alone are decimal text: write the\n"
-        "bytes 01 80 with a blank between them, or force the form with --from. Rows of\n"
-        "malformed bytes say what is wrong, and the exit status is then 1.\n\n"
+        "VALUE is decimal text, hex or a byte list. Digits alone are decimal text: write\n"
+        "the bytes 01 80 with a blank between them, or force the form with --from. Rows\n"
+        "of malformed bytes say what is wrong, and the exit status is then 1.\n\n"
         "Examples:\n"
         "  ocinumber inspect -123.45\n"
         "  ocinumber inspect 03C20218 'Len=3: 194,2,24'\n"
         "  ocinumber inspect --from hex 0180");
     options->form_option =
-        add_form(*app, "--from", options->from, "text|hex|list|raw",
-                 "Form of the values; without it each is recognised by its looks");
+        add_form(*app, "--from", options->from, all_forms,
+                 "Form of the values; without it each is\nrecognised by its looks", false);
     add_inputs(*app, options->inputs, "VALUE");
     return {app, [options](Output &out) {
                 std::optional<Form> forced;

@@ -20,7 +20,7 @@ struct NumberOperation {
 
 constexpr NumberOperation operations[] = {
     {"round", "Round to decimal places, half away from zero", "--places",
-     "Decimal places to keep; -1 rounds to tens (default 0)", false, OCINumberRound,
+     "Decimal places to keep; -1 rounds to tens\n(default 0)", false, OCINumberRound,
      "  ocinumber round --places 2 123.456    123.46\n"
      "  ocinumber round --places -1 -15       -20"},
     {"trunc", "Cut to decimal places, toward zero", "--places",
@@ -54,12 +54,12 @@ Command add_operation(CLI::App &tool, const NumberOperation &operation) {
     CLI::App *const app = tool.add_subcommand(operation.name, operation.description);
     app->footer(std::string("Examples:\n") + operation.examples);
     if (operation.option != nullptr) {
-        app->add_option(operation.option, options->count, operation.option_description)
-            ->type_name("N")
+        add_count(*app, operation.option, options->count, operation.option_description)
             ->required(operation.option_required);
     }
-    add_form(*app, "--from", options->from, "text|hex|list|raw", "Form of the values");
-    add_form(*app, "--to", options->to, "text|hex|list|raw", "Form of the results");
+    add_form(*app, "--from", options->from, all_forms, "Form of the values");
+    add_strict(*app, options->from);
+    add_form(*app, "--to", options->to, all_forms, "Form of the results");
     add_inputs(*app, options->inputs, "VALUE");
     return {
         app, [options, call = operation.call](Output &out) {

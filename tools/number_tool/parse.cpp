@@ -38,10 +38,13 @@ Command add_parse(CLI::App &tool) {
         "  ocinumber parse --model 9999.99 123.45 -0.5\n"
         "  ocinumber parse --model 0999 --to hex --file codes.txt");
     add_model(*app, options->model);
-    add_form(*app, "--to", options->to, "text|hex|list|raw", "Form of the numbers");
+    add_form(*app, "--to", options->to, all_forms, "Form of the numbers");
     add_inputs(*app, options->inputs, "TEXT");
     return {app, [options](Output &out) {
                 // Refuses a model before any text is read.
+                if (options->model.empty()) {
+                    throw CLI::ValidationError("--model", "\"\" has no positions");
+                }
                 OCINumber number;
                 std::string reason;
                 if (!parse_text(options->error, "0", options->model, number, reason) &&

@@ -27,14 +27,6 @@ bool try_again(int fd, short events) {
     return poll(&ready, 1, -1) >= 0 || errno == EINTR;
 }
 
-bool printable(char c) { return c >= ' ' && c <= '~'; }
-
-std::string escaped(std::string_view text) {
-    std::string shown;
-    for (const char c : text) shown += printable(c) ? std::string(1, c) : "\\x" + hex_text({&c, 1});
-    return shown;
-}
-
 // One value of a file.
 struct Item {
     std::string_view value;
@@ -180,6 +172,7 @@ struct Run {
             reason = "line is longer than " + std::to_string(max_line) + " bytes";
         }
         out.flush_to_terminal();
+        out.note_refusal();
         report(place() + (framing == Framing::lines ? in_quotes(value) : hex_text(value)) + ": " +
                reason);
         return false;
@@ -187,13 +180,18 @@ struct Run {
 
     bool convert_file(const std::string &name) {
         const bool is_standard_input = name == "-";
-        const auto fail = [&](int error) {
+        const auto fail = [&](const char *error) {
             out.flush_to_terminal();
-            report(escaped(name) + ": " + std::strerror(error));
+            out.note_refusal();
+            report(escaped(name) + ": " + error);
             return false;
         };
         const int fd = is_standard_input ? STDIN_FILENO : open(name.c_str(), O_RDONLY | O_CLOEXEC);
-        if (fd < 0) return fail(errno);
+        if (fd < 0) return fail(std::strerror(errno));
+        if (out.is_same_file(fd)) {
+            if (!is_standard_input) ::close(fd);
+            return fail("the input is the output");
+        }
         bool good = true;
         Reader reader(fd, framing, out);
         for (Item item; reader.next(item);) {
@@ -204,7 +202,7 @@ struct Run {
                        std::to_string(item.offset) + ": ";
             });
         }
-        if (reader.error() != 0) good = fail(reader.error());
+        if (reader.error() != 0) good = fail(std::strerror(reader.error()));
         if (!is_standard_input) ::close(fd);
         return good;
     }
@@ -266,19 +264,42 @@ bool for_each_value(const Inputs &inputs, Framing framing, const Operation &oper
     return good;
 }
 
+bool Output::is_same_file(int fd) const {
+    struct stat in {
+    }, out{};
+    return fstat(fd, &in) == 0 && fstat(STDOUT_FILENO, &out) == 0 && S_ISREG(in.st_mode) &&
+           in.st_dev == out.st_dev && in.st_ino == out.st_ino;
+}
+
 void report(std::string_view text) {
     std::string line = "ocinumber: ";
     line += text;
     line += '\n';
-    // Nothing can be said about a message that cannot be written.
     for (std::string_view rest = line; !rest.empty();) {
         const ssize_t written = ::write(STDERR_FILENO, rest.data(), rest.size());
         if (written >= 0) {
             rest.remove_prefix(static_cast<size_t>(written));
         } else if (!try_again(STDERR_FILENO, POLLOUT)) {
+            if (errno == EPIPE) throw MessagesClosed{};
+            // Nothing can be said about a message that cannot be written.
             return;
         }
     }
+}
+
+void report_last(std::string_view text) {
+    try {
+        report(text);
+    } catch (const MessagesClosed &) {
+    }
+}
+
+static bool printable(char c) { return c >= ' ' && c <= '~'; }
+
+std::string escaped(std::string_view text) {
+    std::string shown;
+    for (const char c : text) shown += printable(c) ? std::string(1, c) : "\\x" + hex_text({&c, 1});
+    return shown;
 }
 
 std::string in_quotes(std::string_view value) {

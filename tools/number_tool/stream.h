@@ -37,6 +37,8 @@ using Operation = std::function<char *(std::string_view value, char *out, std::s
 
 // Nobody reads standard output any more.
 struct OutputClosed {};
+// Nobody reads the messages any more.
+struct MessagesClosed {};
 // Standard output cannot be written.
 struct OutputFailed {
     int error;
@@ -59,8 +61,15 @@ public:
         if (terminal_) flush();
     }
 
+    // Whether a value or file was refused so far.
+    bool has_refused() const { return has_refused_; }
+    void note_refusal() { has_refused_ = true; }
+    // Whether the open descriptor is the file that the output goes to.
+    bool is_same_file(int fd) const;
+
 private:
     bool terminal_;
+    bool has_refused_ = false;
     std::unique_ptr<char[]> buffer_;
     char *end_;
 };
@@ -70,8 +79,13 @@ private:
 // Throws OutputClosed and OutputFailed.
 bool for_each_value(const Inputs &inputs, Framing framing, const Operation &operation, Output &out);
 
-// Writes "ocinumber: " and the text as one line on standard error.
+// Writes "ocinumber: " and the text as one line on standard error. Throws MessagesClosed.
 void report(std::string_view text);
+// The same at the end, when it does not matter any more whether somebody reads it.
+void report_last(std::string_view text);
+
+// The text with bytes other than printable ASCII as \xHH.
+std::string escaped(std::string_view text);
 
 // The value in quotation marks as messages show it: cut when long, with bytes
 // other than printable ASCII as \xHH.

@@ -67,7 +67,7 @@ inline Finite integer_part(const Finite &n, bool outward) {
                 ++kept.exponent;
             }
         } else {
-            digit_words::add_to_digit(kept.digits, unit, step);
+            digit_words::add_to_digit(kept.digits, unit, step ? 1 : 0);
         }
     }
     return kept;

@@ -28,6 +28,7 @@ const char *print_number(void) { return "mine"; }
 #endif
 
 int main(void) {
+    CHECK(strcmp(oci_number_version(), OCI_NUMBER_VERSION) == 0);
     OCIEnv *env = NULL;
     void *handle = NULL;
     OCINumber number;
