@@ -1,8 +1,9 @@
 # What lands where, by component: runtime (the shared library), development (headers, archive,
-# CMake package, pkg-config file), tool, documents.
+# CMake package, pkg-config file), debugger (printers for GDB), tool, documents.
 include(CMakePackageConfigHelpers)
 
 install(FILES include/oratypes.h include/oci.h include/oci_number_log.h
+              include/oci_number.hpp
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 install(TARGETS ${oci_number_libraries} EXPORT oci_number_targets
   LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
@@ -37,3 +38,17 @@ endforeach()
 configure_file(cmake/oci_number.pc.in oci_number.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/oci_number.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
         COMPONENT development)
+
+# The debugger's printers go where GDB looks for them: under the whole path of the library's file.
+# That is known when the tree is installed; while a package is made, CMAKE_INSTALL_PREFIX is the
+# folder that it is collected in, and its own prefix the configured one.
+install(CODE "
+  set(prefix \"\${CMAKE_INSTALL_PREFIX}\")
+  if(prefix MATCHES /_CPack_Packages/)
+    set(prefix \"${CMAKE_INSTALL_PREFIX}\")
+  endif()
+  set(oci_number_libdir \"${CMAKE_INSTALL_LIBDIR}\")
+  cmake_path(ABSOLUTE_PATH oci_number_libdir BASE_DIRECTORY \"\${prefix}\")" COMPONENT debugger)
+install(FILES tools/gdb/oci_number-gdb.py
+        DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/gdb/auto-load\${oci_number_libdir}"
+        RENAME liboci_number.so.${PROJECT_VERSION}-gdb.py COMPONENT debugger)

@@ -58,6 +58,9 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${debian_folder}/triggers ${debia
 debian_package(development liboci-number-dev libdevel
   "${about}\n\nHeaders, archive, CMake package and pkg-config file."
   PACKAGE_DEPENDS "${library_package} (= ${debian_version})")
+debian_package(debugger liboci-number-gdb debug
+  "${about}\n\nPrinters for GDB, which show a record as the number that it holds."
+  PACKAGE_DEPENDS "${library_package} (= ${debian_version})" PACKAGE_RECOMMENDS gdb)
 debian_package(tool ocinumber utils
   "A filter that encodes, decodes, inspects and computes 22-byte decimal records\nin bulk."
   PACKAGE_SHLIBDEPS ON)

@@ -104,7 +104,7 @@ if [[ $(uname -m) == x86_64 ]]; then
 fi
 grep -q '_chk@' <<<"$(readelf -sW --dyn-syms "$library")" || fail "$library has no checked functions"
 
-dpkg_tree --purge ocinumber oci-number-doc liboci-number-dev liboci-number0 ||
+dpkg_tree --purge ocinumber oci-number-doc liboci-number-gdb liboci-number-dev liboci-number0 ||
     fail "dpkg does not remove the packages"
 [[ -z $(installed) ]] || fail "these files stayed: $(installed)"
 echo "The packages install, serve and leave."

@@ -17,6 +17,7 @@ cmake --install "$build" --prefix "$prefix" >/dev/null
 # The configuration's name is part of one file's name. Of the documents there are the licence,
 # the README, the changelog and a folder.
 diff <(LC_ALL=C sort <<<"include/oci.h
+include/oci_number.hpp
 include/oci_number_log.h
 include/oratypes.h
 $libdir/cmake/oci_number/oci_number-config-version.cmake
@@ -27,7 +28,8 @@ $libdir/liboci_number.a
 $libdir/liboci_number.so
 $libdir/liboci_number.so.${version%%.*}
 $libdir/liboci_number.so.$version
-$libdir/pkgconfig/oci_number.pc${tool:+$'\n'$tool}") \
+$libdir/pkgconfig/oci_number.pc
+share/gdb/auto-load$prefix/$libdir/liboci_number.so.$version-gdb.py${tool:+$'\n'$tool}") \
     <(cd "$prefix" && find . ! -type d ! -path './share/doc/*' -printf '%P\n' |
         sed 's/targets-.*\.cmake/targets-CONFIG.cmake/' | LC_ALL=C sort)
 diff <(printf '%s\n' CHANGELOG.md LICENSE README.md docs) \
