@@ -169,14 +169,18 @@ inline ub8 above_99(const Digits &d) {
     return either & in_every_byte(128);
 }
 
-// Reads the digits of a record whose value has `bytes` bytes, at most 21; zeros behind them.
-inline Digits read_any_digits(const OCINumber &n, ub8 flip, unsigned bytes) {
-    const ub1 *const digits = n.OCINumberPart + 2;
+// Reads the digits of a value of `bytes` bytes, at most 21, from the 20 bytes at `digits`, which
+// may hold anything behind the value; zeros behind them.
+inline Digits read_any_digits(const ub1 *digits, ub8 flip, unsigned bytes) {
     const Reading &reading = readings[bytes + (flip & readings_per_sign)];
     const auto read = [&](ub8 loaded, int i) {
         return ((loaded ^ flip) & reading.keep.word[i]) - reading.bias.word[i];
     };
     return {{read(load(digits), 0), read(load(digits + 8), 1), read(load_half(digits + 16), 2)}};
+}
+
+inline Digits read_any_digits(const OCINumber &n, ub8 flip, unsigned bytes) {
+    return read_any_digits(n.OCINumberPart + 2, flip, bytes);
 }
 
 // Reads the first `count` digits; false when one is out of its range.

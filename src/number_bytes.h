@@ -74,9 +74,11 @@ constexpr ub1 decode_digit(bool negative, ub1 b) {
 }
 // Exponent and digit bytes of a record with a valid length. No digit byte is 102, so a final
 // byte 102 is always the ending byte; with a length byte of 1 the exponent byte may look like it.
+inline unsigned value_bytes(const ub1 *value, unsigned length) {
+    return length - (value[length - 1] == ending_byte);
+}
 inline unsigned value_bytes(const OCINumber &n) {
-    const unsigned length = n.OCINumberPart[0];
-    return length - (n.OCINumberPart[length] == ending_byte);
+    return value_bytes(n.OCINumberPart + 1, n.OCINumberPart[0]);
 }
 inline unsigned digit_count(const OCINumber &n) {
     const unsigned bytes = value_bytes(n);

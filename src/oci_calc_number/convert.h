@@ -5,18 +5,22 @@
 
 namespace calc {
 
-// Reads bytes with a valid length. Returns 0, or not 0 for what is no run of digits with a first
-// that is not zero: zero, the infinities, numbers not in normal form, and bytes that hold no
-// number.
-inline ub8 read_finite(const OCINumber &in, Finite &out) {
+// Reads the value of `length` bytes, 1 to 21, behind a length byte; 21 are there. Returns 0, or not
+// 0 for what is no run of digits with a first that is not zero: zero, the infinities, numbers not
+// in normal form, and bytes that hold no number.
+inline ub8 read_finite(const ub1 *value, unsigned length, Finite &out) {
     using namespace number_bytes;
-    const ub1 exponent = in.OCINumberPart[1];
+    const ub1 exponent = value[0];
     const bool negative = number_bytes::is_negative(exponent);
     const ub8 sign = flip(negative);
-    const Digits digits = digit_words::read_any_digits(in, sign, value_bytes(in));
+    const Digits digits = digit_words::read_any_digits(value + 1, sign, value_bytes(value, length));
     out = {digits, real_exponent(exponent, sign), negative};
     // The top bit tells a first digit of zero from one of 1 to 99.
     return above_99(digits) | ((digits.word[0] - digit_words::first_digit_1) & ub8{1} << 63);
+}
+
+inline ub8 read_finite(const OCINumber &in, Finite &out) {
+    return read_finite(in.OCINumberPart + 1, in.OCINumberPart[0], out);
 }
 
 // The value rounded half away from zero to 20 digits, under the range rule.

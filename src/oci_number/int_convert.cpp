@@ -3,13 +3,12 @@
 #include <limits>
 
 #include "oci_number/call_frame.h"
+#include "oci_number/steps.h"
 #include "oci_utils/oci_utils.h"
-#include "oci_utils/plain_number.h"
 
 using namespace number_bytes;
 using namespace oci_number;
 using digit_words::Digits;
-using digit_words::word_base;
 
 namespace {
 
@@ -24,28 +23,6 @@ sword OCINumberBadIntegerLength(OCIError *err, uword length) {
 
 sword OCINumberOverflow(OCIError *err) {
     return OCINumberSetError(err, 22053, "%s-22053: overflow error", qzci_oci_prefix());
-}
-
-// An integer by its magnitude.
-struct Integer {
-    bool negative;
-    ub8 magnitude;
-};
-
-// The integer part of a number. False outside -9223372036854775808 .. 18446744073709551615.
-bool OCINumberIntegerPart(const plain_number::PlainNumber &p, Integer &integer) {
-    constexpr int max_digits_of_integer = 10;
-    integer = {p.negative, 0};
-    if (!has_first(p.digits) || p.exponent < 0) return true;
-    if (p.exponent >= max_digits_of_integer) return false;
-    // The digits down to the units, moved to the end of two words.
-    constexpr int units = 2 * int{digit_words::digits_per_word} - 1;
-    const auto joined = join(moved_back(p.digits, static_cast<unsigned>(units - p.exponent)));
-    const ub8 high = joined.word[0];                      // at most four digits
-    const ub8 limit = ~ub8{0} - (flip(p.negative) >> 1);  // no branch depends on the sign
-    return !__builtin_mul_overflow(high, word_base, &integer.magnitude) &&
-           !__builtin_add_overflow(integer.magnitude, joined.word[1], &integer.magnitude) &&
-           integer.magnitude <= limit;
 }
 
 template <class Native>
@@ -69,11 +46,8 @@ sword OCINumberStoreInteger(OCIError *err, Integer integer, uword rsl_length, vo
 
 sword OCINumberToIntChecked(OCIError *err, const OCINumber *number, uword rsl_length,
                             uword rsl_flag, void *rsl) {
-    // The integer is that of the number's decimal text in a buffer of this size, so what has no
-    // text, or a longer one, has no integer.
-    constexpr int text_size = 44;
     plain_number::PlainNumber p;
-    if (!plain_number::read(*number, p) || !fits(p, text_size)) {
+    if (!plain_number::read(*number, p) || !fits(p, integer_text_size)) {
         if (is_negative_infinity(*number) || is_positive_infinity(*number)) {
             return OCINumberOverflow(err);
         }
@@ -164,22 +138,11 @@ sword OCINumberFromIntChecked(OCIError *err, const void *inum, uword inum_length
             break;
         default: return OCINumberBadIntegerLength(err, inum_length);
     }
-    const auto [negative, magnitude] = integer;
-    const auto [high, low] =
-        split(digit_words::TwoWords{magnitude / word_base, magnitude % word_base});
-    const Digits digits{{high, low, 0}};
-    constexpr unsigned places = 2 * digit_words::digits_per_word;
-    const unsigned count = magnitude == 0 ? 1 : places - leading_zeros(digits);
-    const IntegerText shown(negative, digits, count);
+    const IntegerDigits digits = integer_digits(integer.magnitude);
+    const IntegerText shown(integer.negative, digits.digits, digits.count);
     QZOCI_LOG_DEBUG("OCINumberFromInt get int to str: %s buffer_size: %lu", shown.text(),
                     static_cast<unsigned long>(shown.length()));
-    if (magnitude == 0) {
-        set_zero(*number);
-        return OCI_SUCCESS;
-    }
-    // Zero digits at the end are kept.
-    write_first_digits(*number, negative, moved_forward(digits, places - count), count);
-    set_frame(*number, negative, static_cast<int>(count) - 1, count);
+    OCINumberFromInteger(integer, digits, *number);
     return OCI_SUCCESS;
 }
 

@@ -1,6 +1,7 @@
 // The plain decimal text of a number, cut and rounded to a count of fraction
 // digits: the step that the conversions to text and to reals share.
 #include "oci_number/call_frame.h"
+#include "oci_number/steps.h"
 #include "oci_utils/oci_utils.h"
 
 namespace oci_number {
@@ -63,7 +64,15 @@ bool OCINumberCutText(Cut cut, sb8 capacity, sb8 &number_str_len) {
     return true;
 }
 
-// '0.5' becomes '.5' and '-0.5' '-.5'; "0" and '-0' stay.
+constexpr const char *trace_name = "OCINumberProcessValue";
+
+sword OCINumberNoText(const OCINumber *number, sword status) {
+    QZOCI_LOG_DEBUG("fail to get str from number number:%p", static_cast<const void *>(number));
+    return status;
+}
+
+}  // namespace
+
 void OCINumberDropLeadingZero(OraText *&number_str, sb8 &number_str_len) {
     if (number_str_len <= 1) return;
     if (number_str[0] == '-' && number_str[1] == '0' && number_str_len != 2) {
@@ -74,15 +83,6 @@ void OCINumberDropLeadingZero(OraText *&number_str, sb8 &number_str_len) {
     ++number_str;
     --number_str_len;
 }
-
-constexpr const char *trace_name = "OCINumberProcessValue";
-
-sword OCINumberNoText(const OCINumber *number, sword status) {
-    QZOCI_LOG_DEBUG("fail to get str from number number:%p", static_cast<const void *>(number));
-    return status;
-}
-
-}  // namespace
 
 sword OCINumberRenderValue(const OCINumber *number, OraText **number_raw_str, sb8 *number_raw_len,
                            ub4 scale, boolean has_tm) {

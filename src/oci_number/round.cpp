@@ -1,12 +1,11 @@
 // Precision, rounding and truncation: a value cut at a decimal position.
 #include "oci_number/call_frame.h"
+#include "oci_number/steps.h"
 
 using namespace number_bytes;
 using namespace oci_number;
 
 namespace {
-
-enum class CutMode { round, truncate };
 
 // A cut falls at a digit, counted from 0. A whole-digit cut drops that digit and
 // all after it; a half-digit cut keeps the digit's tens.
@@ -48,34 +47,38 @@ void OCINumberCutDigits(DigitView &digits, unsigned index, bool half_digit, CutM
     }
 }
 
-// Cuts the digits of `digits.number`, which holds the whole value.
-void OCINumberCut(OCIError *err, DigitView &digits, Cut cut, CutMode mode) {
+// Cuts the digits of `digits.number`, which holds the whole value. True when that left zero.
+bool OCINumberCut(DigitView &digits, Cut cut, CutMode mode) {
     if (cut.index < 0) {
         // Above the first digit: the whole value is below half the unit.
-        OCINumberSetZero(err, &digits.number);
-        return;
+        set_zero(digits.number);
+        return true;
     }
     // A negative value without ending byte is not rounded at its last digit: its
     // length byte counts as many bytes as that of a shorter one with the ending
     // byte in that place.
     const bool full_negative = digits.negative && digits.count == max_digits;
     const unsigned end = digits.count - (mode == CutMode::round && full_negative ? 1 : 0);
-    if (cut.index >= end) return;
+    if (cut.index >= end) return false;
     OCINumberCutDigits(digits, static_cast<unsigned>(cut.index), cut.half_digit, mode);
     if (digits.count > 0 && digits.exponent < min_exponent) {
         // A cut moves no value below the range: this record was there before.
         set_frame(digits.number, digits.negative, digits.exponent, digits.count);
-    } else if (finish(digits) == Finished::zero) {
-        OCINumberSetZero(err, &digits.number);
+        return false;
     }
+    return finish(digits) == Finished::zero;
 }
 
-void OCINumberKeepPlaces(OCIError *err, const OCINumber &number, sword places, CutMode mode,
-                         OCINumber &result) {
+}  // namespace
+
+bool oci_number::OCINumberKeepPlaces(const OCINumber &number, sword places, CutMode mode,
+                                     OCINumber &result) {
     const bool zero = has_zero_exponent(number);
     DigitView digits = copy_digits(number, result);
-    if (!zero) OCINumberCut(err, digits, OCINumberPlacesCut(digits, places), mode);
+    return !zero && OCINumberCut(digits, OCINumberPlacesCut(digits, places), mode);
 }
+
+namespace {
 
 void OCINumberKeepSignificant(OCIError *err, const OCINumber &number, sword n, OCINumber &result) {
     if (n < 0) {
@@ -84,7 +87,18 @@ void OCINumberKeepSignificant(OCIError *err, const OCINumber &number, sword n, O
     }
     const bool zero = has_zero_exponent(number);
     DigitView digits = copy_digits(number, result);
-    if (!zero) OCINumberCut(err, digits, OCINumberSignificantCut(digits, n), CutMode::round);
+    if (!zero && OCINumberCut(digits, OCINumberSignificantCut(digits, n), CutMode::round)) {
+        OCINumberSetZero(err, &result);  // for its trace
+    }
+}
+
+sword OCINumberCutAtPlaces(OCIError *err, const OCINumber *number, sword places, CutMode mode,
+                           OCINumber *result) {
+    const sword status = OCINumberCheckCountParams(err, number, result);
+    if (status == OCI_SUCCESS && OCINumberKeepPlaces(*number, places, mode, *result)) {
+        OCINumberSetZero(err, result);  // for its trace
+    }
+    return status;
 }
 
 }  // namespace
@@ -102,10 +116,7 @@ extern "C" sword OCINumberRound(OCIError *err, const OCINumber *number, sword dc
                                 OCINumber *result) {
     QZOCI_LOG_DEBUG("call OCINumberRound with params [err:%p] [number:%p] [dcplace:%i] [result:%p]",
                     err, number, dcplace, result);
-    const sword status = OCINumberCheckCountParams(err, number, result);
-    if (status == OCI_SUCCESS) {
-        OCINumberKeepPlaces(err, *number, dcplace, CutMode::round, *result);
-    }
+    const sword status = OCINumberCutAtPlaces(err, number, dcplace, CutMode::round, result);
     return OCI_NUMBER_RETURN("OCINumberRound", status);
 }
 
@@ -113,9 +124,6 @@ extern "C" sword OCINumberTrunc(OCIError *err, const OCINumber *number, sword dc
                                 OCINumber *result) {
     QZOCI_LOG_DEBUG("call OCINumberTrunc with params [err:%p] [number:%p] [dcplace:%i] [result:%p]",
                     err, number, dcplace, result);
-    const sword status = OCINumberCheckCountParams(err, number, result);
-    if (status == OCI_SUCCESS) {
-        OCINumberKeepPlaces(err, *number, dcplace, CutMode::truncate, *result);
-    }
+    const sword status = OCINumberCutAtPlaces(err, number, dcplace, CutMode::truncate, result);
     return OCI_NUMBER_RETURN("OCINumberTrunc", status);
 }

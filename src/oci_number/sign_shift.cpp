@@ -1,5 +1,6 @@
 // Absolute value, negation and the shift by powers of ten.
 #include "oci_number/call_frame.h"
+#include "oci_number/steps.h"
 
 using namespace number_bytes;
 using namespace oci_number;
@@ -18,7 +19,9 @@ void OCINumberTurnSign(const OCINumber &number, OCINumber &result) {
     set_frame(result, !negative, exponent, count);
 }
 
-void OCINumberMagnitude(const OCINumber &number, OCINumber &result) {
+}  // namespace
+
+void oci_number::OCINumberMagnitude(const OCINumber &number, OCINumber &result) {
     if (is_negative_infinity(number)) {
         OCINumberSetPInfi(&result);
     } else if (is_negative(number)) {
@@ -28,7 +31,7 @@ void OCINumberMagnitude(const OCINumber &number, OCINumber &result) {
     }
 }
 
-void OCINumberNegate(const OCINumber &number, OCINumber &result) {
+void oci_number::OCINumberNegate(const OCINumber &number, OCINumber &result) {
     if (is_negative_infinity(number)) {
         OCINumberSetPInfi(&result);
     } else if (is_positive_infinity(number)) {
@@ -39,6 +42,8 @@ void OCINumberNegate(const OCINumber &number, OCINumber &result) {
         OCINumberTurnSign(number, result);
     }
 }
+
+namespace {
 
 // Moves every decimal place one to the right, across the digits: 12 34 becomes
 // 01 23 40. A first digit that becomes zero is dropped, else the exponent grows;

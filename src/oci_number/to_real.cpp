@@ -4,8 +4,8 @@
 #include <cfloat>
 
 #include "oci_number/call_frame.h"
+#include "oci_number/steps.h"
 #include "oci_utils/oci_utils.h"
-#include "oci_utils/real_bits.h"
 
 using namespace number_bytes;
 using namespace oci_number;
@@ -20,7 +20,7 @@ struct RealType {
 };
 constexpr RealType real_types[] = {
     {Float::size, 6},
-    {Double::size, 15},
+    {Double::size, double_scale},
     {LongDouble::size, 18},
 };
 
@@ -31,8 +31,9 @@ const RealType *find_real_type(uword size) {
     return nullptr;
 }
 
-// An infinity becomes the largest float, or the bound of all numbers.
-void OCINumberStoreInfinity(bool negative, uword rsl_length, void *rsl) {
+}  // namespace
+
+void oci_number::OCINumberStoreInfinity(bool negative, uword rsl_length, void *rsl) {
     constexpr float largest = FLT_MAX;
     constexpr double bound = 1e126;
     const bool is_float = rsl_length == Float::size;
@@ -42,6 +43,8 @@ void OCINumberStoreInfinity(bool negative, uword rsl_length, void *rsl) {
     : rsl_length == Double::size ? Double::store(value, rsl)
                                  : LongDouble::store(value, rsl);
 }
+
+namespace {
 
 template <class Layout>
 bool OCINumberStoreNarrow(const Binary &data, void *rsl) {
@@ -84,6 +87,15 @@ bool OCINumberScanned(const OCINumber *number, ub4 scale, Binary &data) {
     return true;
 }
 
+}  // namespace
+
+bool oci_number::OCINumberNearestReal(const OCINumber *number, const plain_number::PlainNumber &p,
+                                      ub4 scale, Binary &data) {
+    return OCINumberNearest(p, data) || OCINumberScanned(number, scale, data);
+}
+
+namespace {
+
 sword OCINumberToRealChecked(OCIError *err, const OCINumber *number, const RealType &type,
                              void *rsl) {
     if (is_negative_infinity(*number) || is_positive_infinity(*number)) {
@@ -96,7 +108,7 @@ sword OCINumberToRealChecked(OCIError *err, const OCINumber *number, const RealT
         return status;
     }
     Binary data;
-    if (!OCINumberNearest(p, data) && !OCINumberScanned(number, type.scale, data)) {
+    if (!OCINumberNearestReal(number, p, type.scale, data)) {
         return OCI_NUMBER_INTERNAL_FAILURE(err, "fail to convert str to double");
     }
 

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "oci_number/call_frame.h"
+#include "oci_number/steps.h"
 #include "oci_utils/oci_utils.h"
 
 using namespace number_bytes;
@@ -145,13 +146,6 @@ sword OCINumberCopyOut(OCIError *err, const OraText *result, sb8 result_len, ub4
     if (capacity != result_len) buf[result_len] = '\0';
     *buf_size = static_cast<ub4>(result_len);
     return OCI_SUCCESS;
-}
-
-// Infinities, and what no finite number begins with: a digit byte 0, or a digit
-// byte 1, the zero digit of a positive value.
-bool is_taken_for_infinity(const OCINumber &n) {
-    return is_negative_infinity(n) || is_positive_infinity(n) ||
-           (n.OCINumberPart[0] >= 2 && n.OCINumberPart[2] <= 1);
 }
 
 // This function's own form of error 21560, without line end.

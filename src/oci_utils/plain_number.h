@@ -17,20 +17,22 @@ struct PlainNumber {
     bool negative;   // never for zero
 };
 
-// False for what has no canonical text: an infinity, and bytes that hold no number, as a length
-// byte of 0 or above 21, no digit bytes or a digit byte out of range.
-inline bool read(const OCINumber &n, PlainNumber &p) {
+// Reads the value of `length` bytes, 1 to 21, behind a length byte; 21 are there. False for what
+// has no canonical text: an infinity, and bytes that hold no number, as no digit bytes or a digit
+// byte out of range.
+inline bool read(const ub1 *value, unsigned length, PlainNumber &p) {
     using namespace number_bytes;
-    if (!has_valid_length(n)) return false;
-    const ub1 exponent_byte = n.OCINumberPart[1];
+    const ub1 exponent_byte = value[0];
     const bool negative = is_negative(exponent_byte);
-    Digits digits = digit_words::read_any_digits(n, flip(negative), value_bytes(n));
+    const unsigned bytes = value_bytes(value, length);
+    Digits digits = digit_words::read_any_digits(value + 1, flip(negative), bytes);
     if (above_99(digits) != 0) return false;
     int exponent = real_exponent(exponent_byte, flip(negative));
     // Zero digits at both ends are no part of the value, whatever form is stored.
     if (!has_first(digits)) [[unlikely]] {
         if (is_zero(digits)) {
-            if (digit_count(n) == 0 && !number_bytes::is_zero(n)) return false;
+            const bool is_zero = length == 1 && exponent_byte == zero_exponent_byte;
+            if (bytes <= 1 && !is_zero) return false;
             p = {{}, exponent, 0, false};
             return true;
         }
@@ -40,6 +42,11 @@ inline bool read(const OCINumber &n, PlainNumber &p) {
     }
     p = {digits, exponent, significant(digits), negative};
     return true;
+}
+
+// The same of a record; false for a length byte of 0 or above 21, too.
+inline bool read(const OCINumber &n, PlainNumber &p) {
+    return number_bytes::has_valid_length(n) && read(n.OCINumberPart + 1, n.OCINumberPart[0], p);
 }
 
 // The parts of the text, in characters: sign, integer digits (one "0" when there are none), the
