@@ -59,7 +59,7 @@ struct Scattered {
             const int exponent = real_exponent(static_cast<ub1>(byte));
             for (int g = 0; g < group_count; ++g) {
                 if (const ub8 sum = groups[byte].sum[g]; sum != 0) {
-                    add_scaled(limb, negative, sum, exponent - 4 * g - 3);
+                    add_scaled(limb, negative, sum, exponent - 4 * g - 2);
                 }
             }
         }
@@ -79,6 +79,23 @@ public:
         }
         return OCI_NUMBER_DONE;
     }
+
+#if defined(OCI_NUMBER_COLUMN_VECTORS)
+    [[OCI_NUMBER_VECTOR_TARGET]] bool four(const Row *rows, unsigned) {
+        if (rows[0].length > 16) return false;
+        const auto front = Vector::pair(rows[0], rows[1]), back = Vector::pair(rows[2], rows[3]);
+        if (Vector::any(_mm256_or_si256(front.refused, back.refused))) [[unlikely]]
+            return false;
+        add_two(rows, Vector::grouped(front.digits));
+        add_two(rows + 2, Vector::grouped(back.digits));
+        return true;
+    }
+    [[OCI_NUMBER_VECTOR_TARGET]] void add_two(const Row *rows, __m256i groups) {
+        Vector::add_groups(_mm256_castsi256_si128(groups), sums_of(rows[0]));
+        Vector::add_groups(_mm256_extracti128_si256(groups, 1), sums_of(rows[1]));
+    }
+    ub8 *sums_of(const Row &row) { return scattered_.groups[row.value[0]].sum; }
+#endif
 
     [[gnu::noinline]] Reason other(const Row &row) {
         plain_number::PlainNumber p;
@@ -126,6 +143,9 @@ public:
         any_ = true;
         return OCI_NUMBER_DONE;
     }
+#if defined(OCI_NUMBER_COLUMN_VECTORS)
+    static bool four(const Row *, unsigned) { return false; }
+#endif
     void begin(const Block &) {}
     void end(const Block &, const Outcome &) {}
 

@@ -51,6 +51,23 @@ struct ToInt64 : Fixed<sizeof(sb8)> {
         return OCI_NUMBER_DONE;
     }
 
+#if defined(OCI_NUMBER_COLUMN_VECTORS)
+    // Windows down to the units, below 10^16; of at most 15 digits, so that five zero digits may be
+    // in front.
+    [[OCI_NUMBER_VECTOR_TARGET]] bool four(const Row *rows, unsigned i) const {
+        static constexpr Vector::Shape shape(0, -5, 7);
+        auto even = Vector::pair(rows[0], rows[2]), odd = Vector::pair(rows[1], rows[3]);
+        const __m256i even_words = Vector::windows(even, shape);
+        const __m256i odd_words = Vector::windows(odd, shape);
+        if (Vector::any(_mm256_or_si256(even.refused, odd.refused))) [[unlikely]]
+            return false;
+        const __m256i values = _mm256_unpackhi_epi64(even_words, odd_words);
+        const __m256i signs = _mm256_unpackhi_epi64(even.sign, odd.sign);
+        _mm256_storeu_si256(reinterpret_cast<__m256i *>(at(i)), Vector::signed_by(values, signs));
+        return true;
+    }
+#endif
+
     [[gnu::noinline]] Reason other(const Row &row, unsigned i) const {
         PlainNumber p;
         if (!read(row.value, row.length, p)) return reason_of(row);
@@ -68,43 +85,72 @@ struct ToInt64 : Fixed<sizeof(sb8)> {
 struct ToDouble : Fixed<sizeof(double)> {
     using Fixed::Fixed;
 
-    // The window's last digit has the weight 10^-16, so its last place decides the rounding to 15
-    // places, and m = 10^16 times the value is an integer below 10^32. Its top 64 bits times the
-    // reciprocal of 10^16 give the quotient q of 64 bits, at most `below` too low: each factor is
-    // cut by less than one of its last bits, 2 of the product's upper half, which is cut, too; a
-    // shift doubles that. The nearest long double lies between q and q + below. Where no midpoint
-    // of two doubles does, it rounds to the double that q rounds to.
+    static constexpr int places = 16;
+
+    // The window's last digit has the weight 10^-16: `high` is the integer part, and the last place
+    // of `low` decides the rounding to 15 places. 2^117 / 10^16 is the reciprocal, cut by less than
+    // 2^-63 of it, so that high + low * reciprocal / 2^117 is too low by less than 2^-63 of the
+    // fraction. Its first 64 bits q from the first that is 1, which are cut, too, are too low by
+    // less than 3: by 2^-63 of it where `high` is 0, by 2^-63 of their first bit or less where it
+    // is not. So the nearest long double lies between q and q + below. Where no midpoint of two
+    // doubles does, it rounds to the double that q rounds to. False for zero, and where one does.
+    bool nearest(const Window &w, bool negative, unsigned i) const {
+        constexpr ub8 below = 3;
+        constexpr ub8 reciprocal = static_cast<ub8>((ub16{1} << 117) / word_base);
+        const ub8 raised = w.low + 5;
+        const ub8 rounded = raised - raised % 10;
+        // What a carry into the integer part leaves is 0, and a unit more there.
+        const ub8 high = w.high + (rounded == word_base);
+        const auto fraction = (ub16{rounded == word_base ? 0 : rounded} * reciprocal) << 11;
+        const auto first_bits = static_cast<ub8>(fraction >> 64);
+        const ub8 first = high != 0 ? high : first_bits;
+        const ub8 second = high != 0 ? first_bits : static_cast<ub8>(fraction);
+        if (first == 0) [[unlikely]]
+            return false;
+        const int zeros = natural::leading_zeros(first);
+        const ub8 q = first << zeros | second >> 1 >> (63 - zeros);
+        constexpr ub8 half = 1 << 10;
+        const ub8 rest = q & (2 * half - 1);
+        if (rest - (half - below) <= below) [[unlikely]]
+            return false;
+        // The value is q * 2^-zeros, or 2^-(64 + zeros); the hidden bit adds one to the exponent.
+        const auto biased = static_cast<ub8>((high != 0 ? 0 : -64) - zeros + 11 + 52 + 1022);
+        const ub8 bits = (ub8{negative} << 63) + (biased << 52) + (q >> 11) + (rest > half);
+        std::memcpy(at(i), &bits, sizeof bits);
+        return true;
+    }
+
     template <class Kind>
     Reason row(const Row &row, unsigned i) const {
-        constexpr int places = 16;
-        constexpr ub8 below = 6;
-        constexpr ub8 reciprocal = static_cast<ub8>((ub16{1} << 117) / word_base);
         const Head head = head_of(row);
         const int behind = head.exponent + places / 2;
         Window w;
         if (!head.has_digits() || behind < 0 || behind >= window_digits ||
-            !Kind::window(row, head, behind, w)) [[unlikely]] {
+            !Kind::window(row, head, behind, w) || !nearest(w, head.negative, i)) [[unlikely]] {
             return other(row, i);
         }
-        const ub8 raised = w.low + 5;
-        const ub16 m = ub16{w.high} * word_base + (raised - raised % 10);
-        if (m == 0) [[unlikely]]
-            return other(row, i);
-        const int zeros = natural::leading_zeros(m);
-        const auto product = ub16{static_cast<ub8>(m << zeros >> 64)} * reciprocal;
-        const int shift = (product >> 127) == 0;
-        const auto q = static_cast<ub8>(product << shift >> 64);
-        constexpr ub8 half = 1 << 10;
-        const ub8 rest = q & (2 * half - 1);
-        if (rest - (half - below) <= below) [[unlikely]]
-            return other(row, i);
-        // The value is q * 2^(11 - zeros - shift); the hidden bit adds one to the exponent.
-        const auto biased = static_cast<ub8>(11 + 11 - zeros - shift + 52 + 1022);
-        const ub8 bits =
-            (ub8{head.negative} << 63) + (biased << 52) + (q >> 11) + (rest > half ? 1 : 0);
-        std::memcpy(at(i), &bits, sizeof bits);
         return OCI_NUMBER_DONE;
     }
+
+#if defined(OCI_NUMBER_COLUMN_VECTORS)
+    [[OCI_NUMBER_VECTOR_TARGET]] bool four(const Row *rows, unsigned i) const {
+        static constexpr Vector::Shape shape(places / 2, -places / 2, 14 - places / 2);
+        for (unsigned k = 0; k < 4; k += 2) {
+            auto two = Vector::pair(rows[k], rows[k + 1]);
+            const __m256i words = Vector::windows(two, shape);
+            if (Vector::any(two.refused)) [[unlikely]]
+                return false;
+            alignas(32) Window w[2];
+            _mm256_store_si256(reinterpret_cast<__m256i *>(w), words);
+            const int signs = _mm256_movemask_epi8(two.sign);
+            if (!nearest(w[0], (signs & 1) != 0, i + k) || !nearest(w[1], signs < 0, i + k + 1))
+                [[unlikely]] {
+                return false;
+            }
+        }
+        return true;
+    }
+#endif
 
     [[gnu::noinline]] Reason other(const Row &row, unsigned i) const {
         using real_bits::Double;
@@ -136,6 +182,9 @@ public:
           scale_(to.scale),
           odd_(to.scale % 2 != 0),
           last_((to.scale + odd_) / 2),
+          short_limit_(to.precision < 16
+                           ? static_cast<ub8>(power_of_ten(static_cast<unsigned>(to.precision)))
+                           : word_base),
           limit_(to.precision < 32 ? power_of_ten(static_cast<unsigned>(to.precision))
                                    : power_of_ten(32)) {}
 
@@ -167,6 +216,28 @@ public:
         return OCI_NUMBER_DONE;
     }
 
+#if defined(OCI_NUMBER_COLUMN_VECTORS)
+    // Units below 10^16.
+    [[OCI_NUMBER_VECTOR_TARGET]] bool four(const Row *rows, unsigned i) const {
+        if (odd_) return false;
+        const __m256i limit = _mm256_set1_epi64x(static_cast<sb8>(short_limit_ - 1));
+        for (unsigned k = 0; k < 4; k += 2) {
+            auto two = Vector::pair(rows[k], rows[k + 1]);
+            const __m256i words = Vector::windows(two, shape_);
+            Vector::refuse_behind(two, shape_);
+            const __m256i low = _mm256_unpackhi_epi64(words, words);
+            if (Vector::any(_mm256_or_si256(two.refused, _mm256_cmpgt_epi64(low, limit))))
+                [[unlikely]] {
+                return false;
+            }
+            const __m256i units = Vector::signed_by(low, two.sign);
+            const __m256i upper = _mm256_cmpgt_epi64(_mm256_setzero_si256(), units);
+            store_two(_mm256_blend_epi32(units, upper, 0xCC), upper, i + k);
+        }
+        return true;
+    }
+#endif
+
     [[gnu::noinline]] Reason other(const Row &row, unsigned i) const {
         PlainNumber p;
         if (!read(row.value, row.length, p)) return reason_of(row);
@@ -190,6 +261,19 @@ public:
     }
 
 private:
+#if defined(OCI_NUMBER_COLUMN_VECTORS)
+    // Two results, the lower 128 bits of each, and their signs.
+    [[OCI_NUMBER_VECTOR_TARGET]] void store_two(__m256i units, __m256i signs, unsigned i) const {
+        auto *const out = reinterpret_cast<__m256i *>(this->at(i));
+        if constexpr (limbs == 2) {
+            _mm256_storeu_si256(out, units);
+        } else {
+            _mm256_storeu_si256(out, _mm256_permute2x128_si256(units, signs, 0x20));
+            _mm256_storeu_si256(out + 1, _mm256_permute2x128_si256(units, signs, 0x31));
+        }
+    }
+#endif
+
     // Two's complement by the mask of the sign.
     void store(Wide units, ub8 sign, unsigned i) const {
         ub1 *const out = this->at(i);
@@ -206,6 +290,10 @@ private:
     int scale_;
     int odd_;
     int last_;
+    ub8 short_limit_;  // of units below 10^16
+#if defined(OCI_NUMBER_COLUMN_VECTORS)
+    Vector::Shape shape_{last_, -last_, 7 - last_};
+#endif
     ub16 limit_;
 };
 
