@@ -81,20 +81,20 @@ public:
     }
 
 #if defined(OCI_NUMBER_COLUMN_VECTORS)
-    [[OCI_NUMBER_VECTOR_TARGET]] bool four(const Row *rows, unsigned) {
-        if (rows[0].length > 16) return false;
-        const auto front = Vector::pair(rows[0], rows[1]), back = Vector::pair(rows[2], rows[3]);
+    [[OCI_NUMBER_VECTOR_TARGET]] bool four(const Block &block, unsigned i) {
+        if (!Vector::is_short(block, i)) return false;
+        const auto front = Vector::pair(block, i, i + 1), back = Vector::pair(block, i + 2, i + 3);
         if (Vector::any(_mm256_or_si256(front.refused, back.refused))) [[unlikely]]
             return false;
-        add_two(rows, Vector::grouped(front.digits));
-        add_two(rows + 2, Vector::grouped(back.digits));
+        add_two(block, i, Vector::grouped(front.digits));
+        add_two(block, i + 2, Vector::grouped(back.digits));
         return true;
     }
-    [[OCI_NUMBER_VECTOR_TARGET]] void add_two(const Row *rows, __m256i groups) {
-        Vector::add_groups(_mm256_castsi256_si128(groups), sums_of(rows[0]));
-        Vector::add_groups(_mm256_extracti128_si256(groups, 1), sums_of(rows[1]));
+    [[OCI_NUMBER_VECTOR_TARGET]] void add_two(const Block &block, unsigned i, __m256i groups) {
+        Vector::add_groups(_mm256_castsi256_si128(groups), sums_of(block.value[i]));
+        Vector::add_groups(_mm256_extracti128_si256(groups, 1), sums_of(block.value[i + 1]));
     }
-    ub8 *sums_of(const Row &row) { return scattered_.groups[row.value[0]].sum; }
+    ub8 *sums_of(const ub1 *value) { return scattered_.groups[value[0]].sum; }
 #endif
 
     [[gnu::noinline]] Reason other(const Row &row) {
@@ -144,7 +144,7 @@ public:
         return OCI_NUMBER_DONE;
     }
 #if defined(OCI_NUMBER_COLUMN_VECTORS)
-    static bool four(const Row *, unsigned) { return false; }
+    static bool four(const Block &, unsigned) { return false; }
 #endif
     void begin(const Block &) {}
     void end(const Block &, const Outcome &) {}

@@ -96,7 +96,7 @@ template <Reason (*row)(const Row &, const Row &, sword, OCINumber &)>
 void of_block(const Block &a, const Block &b, sword places, OCINumber *results, Outcome &outcome) {
     for (Rows rows = outcome.done(); rows != 0; rows &= rows - 1) {
         const auto i = static_cast<unsigned>(std::countr_zero(rows));
-        if (const Reason reason = row(a.row[i], b.row[i], places, results[i])) {
+        if (const Reason reason = row(a.row(i), b.row(i), places, results[i])) {
             outcome.refuse(i, reason);
         }
     }
@@ -124,10 +124,10 @@ OfBlock find(Operation operation) {
 void compare_block(const Block &a, const Block &b, ub1 *orders, Outcome &outcome) {
     for (Rows rows = outcome.done(); rows != 0; rows &= rows - 1) {
         const auto i = static_cast<unsigned>(std::countr_zero(rows));
-        if (is_bad(a.row[i]) || is_bad(b.row[i])) {
+        if (is_bad(a.row(i)) || is_bad(b.row(i))) {
             outcome.refuse(i, OCI_NUMBER_BAD_LENGTH);
         } else {
-            orders[i] = static_cast<ub1>(compare(key_of(a.row[i]), key_of(b.row[i])));
+            orders[i] = static_cast<ub1>(compare(key_of(a.row(i)), key_of(b.row(i))));
         }
     }
     clear_rows(orders, 1, first_rows(a.count) & ~outcome.done());

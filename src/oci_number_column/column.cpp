@@ -81,7 +81,7 @@ Span span_at(const Column &column, size_t index) {
 
 void Reader::put(Block &block, unsigned i, const ub1 *value, size_t length) const {
     if (length == 0 || length > value_size) {
-        block.row[i] = bad_row;
+        block.set_bad(i);
         return;
     }
     const auto left = static_cast<size_t>(end_ - value);
@@ -90,15 +90,14 @@ void Reader::put(Block &block, unsigned i, const ub1 *value, size_t length) cons
         std::memcpy(block.copy[i], value, left);
         value = block.copy[i];
     }
-    block.row[i] = {value, static_cast<unsigned>(length)};
+    block.set(i, value, static_cast<unsigned>(length));
 }
 
 void Reader::put_records(Block &block) {
     const ub1 *record = next_;
     for (unsigned i = 0; i < block.count; ++i, record += column_.stride) {
-        const ub1 length = record[0];
-        block.row[i] =
-            static_cast<ub1>(length - 1) < max_length ? Row{record + 1, length} : bad_row;
+        const bool valid = static_cast<ub1>(record[0] - 1) < max_length;
+        block.set(i, valid ? record + 1 : bad_value, valid ? record[0] : 1);
     }
     next_ = record;
 }
@@ -108,7 +107,7 @@ void Reader::put_prefixed(Block &block) {
         const auto left = static_cast<size_t>(end_ - next_);
         const size_t length = left == 0 ? 0 : *next_;
         if (left <= length) {  // the record is cut, and all that follow are missing
-            block.row[i] = bad_row;
+            block.set_bad(i);
             next_ = end_;
             continue;
         }

@@ -31,7 +31,6 @@ struct Row {
 
 // Stands for a row of no valid length: not zero, no digits.
 inline constexpr ub1 bad_value[value_size] = {1};
-inline constexpr Row bad_row = {bad_value, 1};
 inline bool is_bad(const Row &row) { return row.value == bad_value; }
 
 inline OCINumber number_of(const Row &row) {
@@ -49,8 +48,16 @@ struct Block {
     size_t start;
     unsigned count;
     Rows present;
-    Row row[block_rows];
+    const ub1 *value[block_rows];
+    ub1 length[block_rows];
     ub1 copy[block_rows][value_size];  // of values so near the end that 21 bytes are not there
+
+    Row row(unsigned i) const { return {value[i], length[i]}; }
+    void set(unsigned i, const ub1 *at, unsigned bytes) {
+        value[i] = at;
+        length[i] = static_cast<ub1>(bytes);
+    }
+    void set_bad(unsigned i) { set(i, bad_value, 1); }
 };
 
 // Which of the rows from `start` on are not null.

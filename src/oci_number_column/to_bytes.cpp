@@ -16,7 +16,7 @@ template <class Each>
 void each_present(const Block &block, Outcome &outcome, Each each) {
     for (Rows rows = block.present; rows != 0; rows &= rows - 1) {
         const auto i = static_cast<unsigned>(std::countr_zero(rows));
-        if (const Reason reason = each(block.row[i], i)) outcome.refuse(i, reason);
+        if (const Reason reason = each(block.row(i), i)) outcome.refuse(i, reason);
     }
 }
 
@@ -71,7 +71,7 @@ Reason to_texts(const Column &from, const Column &to, uword options, Tally *tall
         for (unsigned i = 0; i < block.count; ++i) {
             text.length = 0;
             if ((block.present >> i & 1) != 0) {
-                if (const Reason reason = to_text(block.row[i], text)) outcome.refuse(i, reason);
+                if (const Reason reason = to_text(block.row(i), text)) outcome.refuse(i, reason);
             }
             if (!writer.put(text.start, static_cast<size_t>(text.length))) {
                 outcome.no_room(i);

@@ -54,15 +54,16 @@ struct ToInt64 : Fixed<sizeof(sb8)> {
 #if defined(OCI_NUMBER_COLUMN_VECTORS)
     // Windows down to the units, below 10^16; of at most 15 digits, so that five zero digits may be
     // in front.
-    [[OCI_NUMBER_VECTOR_TARGET]] bool four(const Row *rows, unsigned i) const {
+    [[OCI_NUMBER_VECTOR_TARGET]] bool four(const Block &block, unsigned i) const {
+        if (!Vector::is_short(block, i)) return false;
         static constexpr Vector::Shape shape(0, -5, 7);
-        auto even = Vector::pair(rows[0], rows[2]), odd = Vector::pair(rows[1], rows[3]);
+        auto even = Vector::pair(block, i, i + 2), odd = Vector::pair(block, i + 1, i + 3);
         const __m256i even_words = Vector::windows(even, shape);
         const __m256i odd_words = Vector::windows(odd, shape);
         if (Vector::any(_mm256_or_si256(even.refused, odd.refused))) [[unlikely]]
             return false;
         const __m256i values = _mm256_unpackhi_epi64(even_words, odd_words);
-        const __m256i signs = _mm256_unpackhi_epi64(even.sign, odd.sign);
+        const __m256i signs = _mm256_unpackhi_epi64(even.positive, odd.positive);
         _mm256_storeu_si256(reinterpret_cast<__m256i *>(at(i)), Vector::signed_by(values, signs));
         return true;
     }
@@ -133,16 +134,17 @@ struct ToDouble : Fixed<sizeof(double)> {
     }
 
 #if defined(OCI_NUMBER_COLUMN_VECTORS)
-    [[OCI_NUMBER_VECTOR_TARGET]] bool four(const Row *rows, unsigned i) const {
+    [[OCI_NUMBER_VECTOR_TARGET]] bool four(const Block &block, unsigned i) const {
+        if (!Vector::is_short(block, i)) return false;
         static constexpr Vector::Shape shape(places / 2, -places / 2, 14 - places / 2);
         for (unsigned k = 0; k < 4; k += 2) {
-            auto two = Vector::pair(rows[k], rows[k + 1]);
+            auto two = Vector::pair(block, i + k, i + k + 1);
             const __m256i words = Vector::windows(two, shape);
             if (Vector::any(two.refused)) [[unlikely]]
                 return false;
             alignas(32) Window w[2];
             _mm256_store_si256(reinterpret_cast<__m256i *>(w), words);
-            const int signs = _mm256_movemask_epi8(two.sign);
+            const int signs = ~_mm256_movemask_epi8(two.positive);
             if (!nearest(w[0], (signs & 1) != 0, i + k) || !nearest(w[1], signs < 0, i + k + 1))
                 [[unlikely]] {
                 return false;
@@ -218,11 +220,11 @@ public:
 
 #if defined(OCI_NUMBER_COLUMN_VECTORS)
     // Units below 10^16.
-    [[OCI_NUMBER_VECTOR_TARGET]] bool four(const Row *rows, unsigned i) const {
-        if (odd_) return false;
+    [[OCI_NUMBER_VECTOR_TARGET]] bool four(const Block &block, unsigned i) const {
+        if (odd_ || !Vector::is_short(block, i)) return false;
         const __m256i limit = _mm256_set1_epi64x(static_cast<sb8>(short_limit_ - 1));
         for (unsigned k = 0; k < 4; k += 2) {
-            auto two = Vector::pair(rows[k], rows[k + 1]);
+            auto two = Vector::pair(block, i + k, i + k + 1);
             const __m256i words = Vector::windows(two, shape_);
             Vector::refuse_behind(two, shape_);
             const __m256i low = _mm256_unpackhi_epi64(words, words);
@@ -230,7 +232,7 @@ public:
                 [[unlikely]] {
                 return false;
             }
-            const __m256i units = Vector::signed_by(low, two.sign);
+            const __m256i units = Vector::signed_by(low, two.positive);
             const __m256i upper = _mm256_cmpgt_epi64(_mm256_setzero_si256(), units);
             store_two(_mm256_blend_epi32(units, upper, 0xCC), upper, i + k);
         }

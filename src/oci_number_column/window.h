@@ -149,13 +149,13 @@ struct Vector {
 
     // ---- Two lanes of a register
 
-    // The digits among 16 bytes of a value, in their places; a lane has the value's sign (a mask)
-    // and exponent byte, complemented for negative values, in every byte. `refused` is not zero
-    // where the value has a digit out of its range.
+    // The digits among 16 bytes of a value, in their places; in every byte of a lane whether the
+    // value is positive, all bits or none, and 62 - exponent. `refused` is not zero where a value
+    // is to be looked at otherwise.
     struct Lanes {
         __m256i digits;
-        __m256i sign;
-        __m256i exponent;
+        __m256i positive;
+        __m256i complement;
         __m256i refused;
     };
     // Bytes of values, their exponent bytes and lengths; `behind` counts the bytes up to each,
@@ -164,36 +164,39 @@ struct Vector {
                                                     __m256i lengths, __m256i behind,
                                                     __m256i before) {
         Lanes l;
-        l.sign = _mm256_cmpgt_epi8(exponents, _mm256_set1_epi8(-1));
-        l.exponent = _mm256_xor_si256(exponents, l.sign);
+        // The top bit of an exponent byte tells a positive value.
+        l.positive = _mm256_cmpgt_epi8(_mm256_setzero_si256(), exponents);
+        l.complement = _mm256_xor_si256(exponents, l.positive);
         const __m256i ending =
             _mm256_and_si256(_mm256_cmpeq_epi8(behind, lengths),
                              _mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(number_bytes::ending_byte)));
         const __m256i kept = _mm256_andnot_si256(ending, _mm256_cmpgt_epi8(lengths, before));
-        // A sign of -1 makes a bias of 154 of 1.
-        const __m256i bias = _mm256_and_si256(l.sign, _mm256_set1_epi8(static_cast<char>(153)));
-        const __m256i plain = _mm256_sub_epi8(_mm256_xor_si256(bytes, l.sign), bias);
-        l.digits = _mm256_and_si256(_mm256_sub_epi8(plain, _mm256_set1_epi8(1)), kept);
-        l.refused = _mm256_subs_epu8(l.digits, _mm256_set1_epi8(99));
+        // A digit is 101 - byte, or byte - 1, which is -2 less the byte's complement.
+        const __m256i from =
+            _mm256_blendv_epi8(_mm256_set1_epi8(101), _mm256_set1_epi8(-2), exponents);
+        l.digits =
+            _mm256_and_si256(_mm256_sub_epi8(from, _mm256_xor_si256(bytes, l.positive)), kept);
         return l;
     }
-    [[OCI_NUMBER_VECTOR_TARGET]] static __m256i lengths_of(const Row &a, const Row &b) {
-        return _mm256_set_m128i(_mm_set1_epi8(static_cast<char>(b.length)),
-                                _mm_set1_epi8(static_cast<char>(a.length)));
-    }
-    // Two values of at most 15 digits; `refused` for others, and where there are none.
-    [[OCI_NUMBER_VECTOR_TARGET]] static Lanes pair(const Row &a, const Row &b) {
-        const __m256i bytes = _mm256_set_m128i(load(b.value), load(a.value));
-        const __m256i lengths = lengths_of(a, b);
+    // Two values of at most 15 digits; of other lengths they are refused, or to be refused by
+    // `is_short`. So are those that begin with a zero digit, as what has no digit does.
+    [[OCI_NUMBER_VECTOR_TARGET]] static Lanes pair(const Block &block, unsigned i, unsigned k) {
+        const __m256i bytes = _mm256_set_m128i(load(block.value[k]), load(block.value[i]));
+        const __m256i lengths = _mm256_set_m128i(_mm_set1_epi8(static_cast<char>(block.length[k])),
+                                                 _mm_set1_epi8(static_cast<char>(block.length[i])));
         Lanes l = lanes(bytes, _mm256_shuffle_epi8(bytes, _mm256_setzero_si256()), lengths,
                         OCI_NUMBER_LANES(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16),
                         OCI_NUMBER_LANES(127, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15));
-        // What begins with a zero digit may have none.
-        const __m256i zero = _mm256_cmpeq_epi8(l.digits, _mm256_setzero_si256());
-        const __m256i first = OCI_NUMBER_LANES(0, -1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
-        l.refused = _mm256_or_si256(_mm256_or_si256(l.refused, _mm256_and_si256(zero, first)),
-                                    _mm256_cmpgt_epi8(lengths, _mm256_set1_epi8(16)));
+        const __m256i first = OCI_NUMBER_LANES(0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
+        l.refused = _mm256_subs_epu8(_mm256_sub_epi8(l.digits, first),
+                                     _mm256_sub_epi8(_mm256_set1_epi8(99), first));
         return l;
+    }
+    // Whether none of four values has more than 16 bytes.
+    static bool is_short(const Block &block, unsigned i) {
+        ub4 lengths;
+        std::memcpy(&lengths, block.length + i, sizeof lengths);
+        return ((lengths + 0x6F6F6F6F) & 0x80808080) == 0;
     }
 
     // Groups of four bytes in lanes of 32 bits.
@@ -205,18 +208,18 @@ struct Vector {
     // Windows whose last digit has the weight 100^-last, of values whose first digits have weights
     // from 100^least to 100^most; `most` + `last` is at most 14. A byte of it for each in a lane.
     struct Shape {
-        alignas(32) ub1 least[32] = {};
+        alignas(32) ub1 most[32] = {};
         alignas(32) ub1 span[32] = {};
         alignas(32) ub1 moved[32] = {};
         alignas(32) ub1 kept[32] = {};
-        constexpr Shape(int last, int least_exponent, int most) {
+        constexpr Shape(int last, int least_exponent, int most_exponent) {
             for (int i = 0; i < 32; ++i) {
-                least[i] = static_cast<ub1>(193 + least_exponent);
-                span[i] = static_cast<ub1>(most - least_exponent);
+                most[i] = static_cast<ub1>(62 - most_exponent);
+                span[i] = static_cast<ub1>(most_exponent - least_exponent);
                 // The digit of 100^-last moves to the last place; where there is none, the top bit
                 // is set.
-                moved[i] = static_cast<ub1>(i % 16 + last - 14 - 193);
-                kept[i] = static_cast<ub1>(last + 1 - 193);
+                moved[i] = static_cast<ub1>(i % 16 + last - 14 + 62);
+                kept[i] = static_cast<ub1>(last + 1 + 62);
             }
         }
     };
@@ -225,9 +228,9 @@ struct Vector {
     }
     // The windows of two values, `high` and `low` in a lane; others are refused.
     [[OCI_NUMBER_VECTOR_TARGET]] static __m256i windows(Lanes &l, const Shape &shape) {
-        const __m256i above = _mm256_sub_epi8(l.exponent, both(shape.least));
-        l.refused = _mm256_or_si256(l.refused, _mm256_subs_epu8(above, both(shape.span)));
-        const __m256i from = _mm256_add_epi8(l.exponent, both(shape.moved));
+        const __m256i below = _mm256_sub_epi8(l.complement, both(shape.most));
+        l.refused = _mm256_or_si256(l.refused, _mm256_subs_epu8(below, both(shape.span)));
+        const __m256i from = _mm256_sub_epi8(both(shape.moved), l.complement);
         const __m256i groups = grouped(_mm256_shuffle_epi8(l.digits, from));
         return _mm256_add_epi64(
             _mm256_mul_epu32(groups, _mm256_set1_epi64x(digit_words::group_base)),
@@ -238,15 +241,15 @@ struct Vector {
         const __m256i places =
             OCI_NUMBER_LANES(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
         const __m256i behind =
-            _mm256_cmpgt_epi8(places, _mm256_add_epi8(l.exponent, both(shape.kept)));
+            _mm256_cmpgt_epi8(places, _mm256_sub_epi8(both(shape.kept), l.complement));
         l.refused = _mm256_or_si256(l.refused, _mm256_and_si256(l.digits, behind));
     }
     [[OCI_NUMBER_VECTOR_TARGET]] static bool any(__m256i x) {
         return _mm256_testz_si256(x, x) == 0;
     }
-    // x, or -x under a mask.
-    [[OCI_NUMBER_VECTOR_TARGET]] static __m256i signed_by(__m256i x, __m256i sign) {
-        return _mm256_sub_epi64(_mm256_xor_si256(x, sign), sign);
+    // x, or -x where the mask is not set.
+    [[OCI_NUMBER_VECTOR_TARGET]] static __m256i signed_by(__m256i x, __m256i positive) {
+        return _mm256_sub_epi64(positive, _mm256_xor_si256(x, positive));
     }
 
     // ---- Sums
@@ -263,12 +266,12 @@ struct Vector {
         const __m256i bytes = _mm256_set_m128i(load(row.value + 5), front);
         const __m256i exponents = _mm256_broadcastb_epi8(front);
         const Lanes l = lanes(
-            bytes, exponents, lengths_of(row, row),
+            bytes, exponents, _mm256_set1_epi8(static_cast<char>(row.length)),
             _mm256_setr_epi8(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 6, 7, 8, 9, 10,
                              11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21),
             _mm256_setr_epi8(127, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 127, 127, 127,
                              127, 127, 127, 127, 127, 127, 127, 127, 16, 17, 18, 19, 20));
-        if (any(l.refused)) [[unlikely]]
+        if (any(_mm256_subs_epu8(l.digits, _mm256_set1_epi8(99)))) [[unlikely]]
             return false;
         const __m256i moved = _mm256_shuffle_epi8(
             l.digits, _mm256_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 11, 12,
@@ -292,14 +295,14 @@ template <class Kind, class Kernel>
                                             Kernel &kernel) {
     for (Rows rows = block.present & ~first_rows(from); rows != 0; rows &= rows - 1) {
         const auto i = static_cast<unsigned>(std::countr_zero(rows));
-        const Reason reason = kernel.template row<Kind>(block.row[i], i);
+        const Reason reason = kernel.template row<Kind>(block.row(i), i);
         if (reason != OCI_NUMBER_DONE) [[unlikely]]
             outcome.refuse(i, reason);
     }
 }
 
 #if defined(OCI_NUMBER_COLUMN_VECTORS)
-// Where all rows are present, kernel.four(rows, i) may do four of them at once; it returns false
+// Where all rows are present, kernel.four(block, i) may do four of them at once; it returns false
 // when they are to be done one by one.
 template <class Kernel>
 [[OCI_NUMBER_VECTOR_TARGET, gnu::flatten]] void each_row_by_vectors(const Block &block,
@@ -308,10 +311,10 @@ template <class Kernel>
     unsigned i = 0;
     if (block.present == first_rows(block.count)) {
         for (; i + 4 <= block.count; i += 4) {
-            if (kernel.four(block.row + i, i)) [[likely]]
+            if (kernel.four(block, i)) [[likely]]
                 continue;
             for (unsigned k = i; k < i + 4; ++k) {
-                const Reason reason = kernel.template row<Vector>(block.row[k], k);
+                const Reason reason = kernel.template row<Vector>(block.row(k), k);
                 if (reason != OCI_NUMBER_DONE) outcome.refuse(k, reason);
             }
         }
