@@ -2,8 +2,8 @@
 # CMake package, pkg-config file), debugger (printers for GDB), tool, documents.
 include(CMakePackageConfigHelpers)
 
-install(FILES include/oratypes.h include/oci.h include/oci_number_column.h
-              include/oci_number_log.h include/oci_number.hpp
+install(FILES include/oratypes.h include/oci.h include/oci_number_arrow.h
+              include/oci_number_column.h include/oci_number_log.h include/oci_number.hpp
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 install(TARGETS ${oci_number_libraries} EXPORT oci_number_targets
   LIBRARY COMPONENT runtime NAMELINK_COMPONENT development

@@ -34,11 +34,6 @@ void write_bits(ub1 *bits, size_t offset, unsigned count, Rows rows) {
     }
 }
 
-bool has_spans(Form form) {
-    return form == OCI_NUMBER_BYTES_32 || form == OCI_NUMBER_BYTES_64 ||
-           form == OCI_NUMBER_TEXT_32 || form == OCI_NUMBER_TEXT_64;
-}
-
 bool is_decimal_of(const Column &column, sb4 digits) {
     return column.precision >= 1 && column.precision <= digits && column.scale >= -128 &&
            column.scale <= 128;

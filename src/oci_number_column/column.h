@@ -68,6 +68,10 @@ ub8 offset_at(const void *offsets, bool wide, size_t index);
 inline bool has_wide_offsets(Form form) {
     return form == OCI_NUMBER_BYTES_64 || form == OCI_NUMBER_TEXT_64;
 }
+// Forms whose rows lie between offsets.
+inline bool has_spans(Form form) {
+    return form == OCI_NUMBER_BYTES_32 || form == OCI_NUMBER_TEXT_32 || has_wide_offsets(form);
+}
 // From offset to offset, where that lies in the column's data.
 struct Span {
     const ub1 *data;

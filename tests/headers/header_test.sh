@@ -29,7 +29,7 @@ while [[ $# -gt 0 ]]; do
         echo "$cc and $cxx are not installed"
         continue
     fi
-    for header in oratypes.h oci.h oci_number_log.h oci_number_column.h; do
+    for header in oratypes.h oci.h oci_number_log.h oci_number_column.h oci_number_arrow.h; do
         for standard in c89 c99 c11 c17 c2x; do
             check "$cc" c "$standard" - -Wstrict-prototypes <<<"#include <$header>"
         done

@@ -18,6 +18,7 @@ cmake --install "$build" --prefix "$prefix" >/dev/null
 # the README, the changelog and a folder.
 diff <(LC_ALL=C sort <<<"include/oci.h
 include/oci_number.hpp
+include/oci_number_arrow.h
 include/oci_number_column.h
 include/oci_number_log.h
 include/oratypes.h
