@@ -5,12 +5,10 @@
  *   #include <oci_number_column.h>
  *
  *   oci_number_reason total(const OCINumber *numbers, size_t count, OCINumber *result) {
- *       oci_number_column column = {OCI_NUMBER_RECORDS};
+ *       oci_number_column column = {.form = OCI_NUMBER_RECORDS, .length = count,
+ *                                   .data = (void *)numbers, .stride = sizeof *numbers};
  *       oci_number_sum sum;
  *       oci_number_reason reason;
- *       column.data = (void *)numbers;
- *       column.stride = sizeof *numbers;
- *       column.length = count;
  *       oci_number_sum_start(&sum);
  *       reason = oci_number_sum_add(&sum, &column, OCI_NUMBER_STOP, NULL);
  *       return reason ? reason : oci_number_sum_value(&sum, result);

@@ -76,11 +76,11 @@ struct Plain {
 
 #if defined(OCI_NUMBER_COLUMN_VECTORS)
 
-#define OCI_NUMBER_VECTOR_TARGET gnu::target("avx2,bmi,bmi2,lzcnt")
+#define OCI_NUMBER_VECTOR_TARGET gnu::target("avx2,bmi,bmi2")
 
 inline bool has_vectors() {
     return __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("bmi") != 0 &&
-           __builtin_cpu_supports("bmi2") != 0 && __builtin_cpu_supports("lzcnt") != 0;
+           __builtin_cpu_supports("bmi2") != 0;
 }
 
 // Tables of which a part is loaded: the bytes of the first digits, up to 20; and for a shuffle the
