@@ -180,6 +180,14 @@ inline OCINumber random_number(Random &random) {
                 (random() % 2 ? limit : limit.negated()).plus(between(random, -2, 2)).bytes());
         }
         case 6: return finite(between(random, 15, 40), between(random, -18, 2));
+        case 7: {  // at, and next to, the midpoint of two doubles
+            const int halvings = between(random, 0, 15);
+            mpz_class units = (mpz_class(1) << 53) + random() % (1UL << 53);
+            units = 2 * units + 1;
+            for (int i = 0; i < halvings; ++i) units *= 5;
+            const Decimal midpoint(units, -halvings);
+            return number(midpoint.shifted(15).plus(between(random, -1, 1)).shifted(-15).bytes());
+        }
         default: {
             const int count = between(random, 1, 18);
             return finite(count, between(random, -3, count));
