@@ -1,5 +1,5 @@
 // Columns beside the loop over the function of one number that they agree with, and beside the
-// copy of their bytes. Times are of a row.
+// copy of their bytes. The counter "ns" is the time of a row.
 #include <benchmark/benchmark.h>
 
 #include <cstring>
@@ -106,10 +106,46 @@ void loop_int64(benchmark::State &state) {
 void loop_double(benchmark::State &state) {
     loop(state, 8, [](const OCINumber *n, ub1 *to) { OCINumberToReal(bench_error(), n, 8, to); });
 }
-void loop_add(benchmark::State &state) {
+void loop_text(benchmark::State &state) {
+    loop(state, 64, [](const OCINumber *n, ub1 *to) {
+        ub4 size = 64;
+        OCINumberToText(bench_error(), n, reinterpret_cast<const OraText *>("TM9"), 3, nullptr, 0,
+                        &size, to);
+    });
+}
+void loop_product(benchmark::State &state) {
+    loop(state, 22, [](const OCINumber *n, ub1 *to) {
+        OCINumberMul(bench_error(), n, n, reinterpret_cast<OCINumber *>(to));
+    });
+}
+void loop_sum(benchmark::State &state) {
     OCINumber sum;
     OCINumberSetZero(bench_error(), &sum);
     loop(state, 0, [&](const OCINumber *n, ub1 *) { OCINumberAdd(bench_error(), &sum, n, &sum); });
+}
+
+void to_text(benchmark::State &state) {
+    const auto from = records(numbers(state.range(0)));
+    std::vector<ub1> memory;
+    std::vector<sb8> offsets(row_count + 1);
+    auto to = output(OCI_NUMBER_TEXT_64, memory, 64);
+    to.offsets = offsets.data();
+    for (auto _ : state) {
+        oci_number_column_convert(&from, &to, OCI_NUMBER_NULL, nullptr);
+        benchmark::ClobberMemory();
+    }
+    count_rows(state);
+}
+
+void product(benchmark::State &state) {
+    const auto from = records(numbers(state.range(0)));
+    std::vector<ub1> memory;
+    const auto to = output(OCI_NUMBER_RECORDS, memory, 22);
+    for (auto _ : state) {
+        oci_number_column_calculate(OCI_NUMBER_MUL, &from, &from, 0, &to, OCI_NUMBER_NULL, nullptr);
+        benchmark::ClobberMemory();
+    }
+    count_rows(state);
 }
 
 void sum(benchmark::State &state) {
@@ -155,7 +191,11 @@ BENCHMARK(loop_double)->Arg(12)->Arg(38);
 BENCHMARK(convert<OCI_NUMBER_DECIMAL128, 16>)->Name("to_decimal128")->Arg(12);
 BENCHMARK(convert<OCI_NUMBER_DECIMAL256, 32>)->Name("to_decimal256")->Arg(12);
 BENCHMARK(sum)->Arg(12)->Arg(38);
-BENCHMARK(loop_add)->Arg(12)->Arg(38);
+BENCHMARK(loop_sum)->Arg(12)->Arg(38);
+BENCHMARK(to_text)->Arg(12);
+BENCHMARK(loop_text)->Arg(12);
+BENCHMARK(product)->Arg(12)->Arg(38);
+BENCHMARK(loop_product)->Arg(12)->Arg(38);
 BENCHMARK(halves)->Name("to_double_threads")->Arg(1)->Arg(2)->UseRealTime();
 
 }  // namespace

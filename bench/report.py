@@ -48,6 +48,26 @@ TEXT = [
      [("snprintf %.15g", f"from_real_snprintf/{n}", 0.33)])
     for n in (0, 20, 100)
 ]
+COLUMN = [
+    (f"to {title}", ours, [(f"loop over `OCINumber{name}`", peer, 0.25)])
+    for title, ours, name, peer in [("int64, 12 digits", "to_int64/12", "ToInt", "loop_int64/12"),
+                                    ("int64, 16 digits", "to_int64/16", "ToInt", "loop_int64/16"),
+                                    ("double, 12 digits", "to_double/12", "ToReal", "loop_double/12"),
+                                    ("double, 38 digits", "to_double/38", "ToReal", "loop_double/38")]
+] + [
+    ("to decimal128, 12 digits", "to_decimal128/12", [("copy of the bytes", "copy_bytes", 1.67)]),
+    ("to decimal256, 12 digits", "to_decimal256/12", [("copy of the bytes", "copy_bytes", None)]),
+    ("to text, 12 digits", "to_text/12", [("loop over `OCINumberToText`", "loop_text/12", None)]),
+] + [
+    (f"exact sum, {n} digits", f"sum/{n}", [("loop over `OCINumberAdd`", f"loop_sum/{n}", 0.2)])
+    for n in (12, 38)
+] + [
+    (f"product, {n} digits", f"product/{n}", [("loop over `OCINumberMul`", f"loop_product/{n}", None)])
+    for n in (12, 38)
+] + [
+    ("to double, two threads", "to_double_threads/2/real_time",
+     [("one thread", "to_double_threads/1/real_time", 0.56)]),
+]
 # Ratios aimed at, by peer; of decimal128 for 34 and 12 digits.
 AIMS = {
     "boost": {"Add": 1, "Sub": 1, "Mul": 1, "Div": 0.15},
@@ -76,7 +96,7 @@ def calculations():
     return rows
 
 
-def run(program):
+def run(program, time="cpu_time"):
     """Median times in ns by benchmark name."""
     with tempfile.NamedTemporaryFile(suffix=".json") as out:
         subprocess.run([BUILD / "bench" / program, f"--benchmark_out={out.name}",
@@ -86,7 +106,7 @@ def run(program):
                         "--benchmark_report_aggregates_only=true"],
                        check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         results = json.load(open(out.name))["benchmarks"]
-    return {r["run_name"]: r["cpu_time"] for r in results if r["aggregate_name"] == "median"}
+    return {r["run_name"]: r[time] for r in results if r["aggregate_name"] == "median"}
 
 
 def table(rows, times):
@@ -157,6 +177,7 @@ def main():
 
     put("base", table(BASE, run("bench_base")))
     put("text", table(TEXT, run("bench_text")))
+    put("columns", table(COLUMN, run("bench_column", "ns")))
     times = run("bench_calc")
     put("calculations", table(calculations(), times))
     plot(times)

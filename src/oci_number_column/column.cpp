@@ -236,18 +236,41 @@ bool SpanWriter::put(const void *bytes, size_t size) {
     return put_offset();
 }
 
+namespace {
+
+// Writes the first `count` bytes of a record, 0 to 22, and zero bytes behind them.
+void store_record(const ub1 *from, unsigned count, ub1 *to) {
+    using namespace digit_words;
+    const Digits &kept = first_digits(count);
+    const ub8 last = kept.word[1] << 48 | kept.word[2] >> 16;
+    const ub8 words[3] = {load(from) & kept.word[0], load(from + 8) & kept.word[1],
+                          load(from + 14) & last};
+    store(to, words[0]);
+    store(to + 8, words[1]);
+    store(to + 14, words[2]);
+}
+
+}  // namespace
+
 void NumberWriter::put(const OCINumber *numbers, size_t start, unsigned count, Outcome &outcome) {
     const Rows done = outcome.done();
     auto *const data = static_cast<ub1 *>(to_.data);
+    const auto length_of = [&](unsigned i) {
+        return (done >> i & 1) != 0 ? unsigned{numbers[i].OCINumberPart[0]} : 0;
+    };
+    if (to_.form == OCI_NUMBER_RECORDS) {
+        ub1 *to = data + start * to_.stride;
+        for (unsigned i = 0; i < count; ++i, to += to_.stride) {
+            const unsigned length = length_of(i);
+            store_record(numbers[i].OCINumberPart, length == 0 ? 0 : length + 1, to);
+        }
+        return;
+    }
     for (unsigned i = 0; i < count; ++i) {
         const ub1 *const number = numbers[i].OCINumberPart;
-        const size_t length = done >> i & 1 ? number[0] : 0;
+        const size_t length = length_of(i);
         bool fits = true;
-        if (to_.form == OCI_NUMBER_RECORDS) {
-            OCINumber record = {};
-            std::memcpy(&record, number, length == 0 ? 0 : length + 1);
-            std::memcpy(data + (start + i) * to_.stride, &record, sizeof record);
-        } else if (to_.form == OCI_NUMBER_PREFIXED) {
+        if (to_.form == OCI_NUMBER_PREFIXED) {
             fits = data == nullptr || length + 1 <= to_.size - size_;
             if (fits && data != nullptr) {
                 data[size_] = static_cast<ub1>(length);

@@ -80,7 +80,7 @@ TEST(ColumnCalculate, ComparesAsBytes) {
             const sword status = OCINumberCmp(err, &a.rows[i], &b.rows[i], &order);
             ASSERT_EQ(to.is_present(i), b.present[i] && status == OCI_SUCCESS);
             if (!to.is_present(i)) order = 0;
-            ASSERT_EQ(*to.at(i), (order > 0) - (order < 0)) << i;
+            ASSERT_EQ(static_cast<sb1>(*to.at(i)), (order > 0) - (order < 0)) << i;
         }
     }
 }
