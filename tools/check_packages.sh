@@ -32,7 +32,7 @@ dpkg_tree --install "${packages[@]}" || fail "dpkg does not install the packages
 [[ $(installed | wc -l) -gt 30 ]] || fail "few files were installed"
 
 libdir=$(dirname "$(find "$tree/usr" -name liboci_number.so)")
-"$tree/usr/bin/ocinumber" encode 1 >/dev/null || fail "the installed tool does not run"
+LD_LIBRARY_PATH=$libdir "$tree/usr/bin/ocinumber" encode 1 >/dev/null || fail "the installed tool does not run"
 
 # pkg-config; what compilers search anyway is left out of its flags.
 export PKG_CONFIG_LIBDIR=$libdir/pkgconfig
