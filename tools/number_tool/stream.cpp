@@ -72,6 +72,7 @@ struct Results {
         return bytes.get() + size;
     }
     void append(std::string_view text) {
+        if (text.empty()) return;
         std::memcpy(room(text.size()), text.data(), text.size());
         size += text.size();
     }
