@@ -106,7 +106,7 @@ sword OCINumberCutAtPlaces(OCIError *err, const OCINumber *number, sword places,
 extern "C" sword OCINumberPrec(OCIError *err, const OCINumber *number, sword nDigs,
                                OCINumber *result) {
     QZOCI_LOG_DEBUG("call OCINumberPrec with params [err:%p] [number:%p] [dcplace:%i] [result:%p]",
-                    err, number, nDigs, result);
+                    address(err), address(number), nDigs, address(result));
     const sword status = OCINumberCheckCountParams(err, number, result);
     if (status == OCI_SUCCESS) OCINumberKeepSignificant(err, *number, nDigs, *result);
     return OCI_NUMBER_RETURN("OCINumberPrec", status);
@@ -115,7 +115,7 @@ extern "C" sword OCINumberPrec(OCIError *err, const OCINumber *number, sword nDi
 extern "C" sword OCINumberRound(OCIError *err, const OCINumber *number, sword dcplace,
                                 OCINumber *result) {
     QZOCI_LOG_DEBUG("call OCINumberRound with params [err:%p] [number:%p] [dcplace:%i] [result:%p]",
-                    err, number, dcplace, result);
+                    address(err), address(number), dcplace, address(result));
     const sword status = OCINumberCutAtPlaces(err, number, dcplace, CutMode::round, result);
     return OCI_NUMBER_RETURN("OCINumberRound", status);
 }
@@ -123,7 +123,7 @@ extern "C" sword OCINumberRound(OCIError *err, const OCINumber *number, sword dc
 extern "C" sword OCINumberTrunc(OCIError *err, const OCINumber *number, sword dcplace,
                                 OCINumber *result) {
     QZOCI_LOG_DEBUG("call OCINumberTrunc with params [err:%p] [number:%p] [dcplace:%i] [result:%p]",
-                    err, number, dcplace, result);
+                    address(err), address(number), dcplace, address(result));
     const sword status = OCINumberCutAtPlaces(err, number, dcplace, CutMode::truncate, result);
     return OCI_NUMBER_RETURN("OCINumberTrunc", status);
 }
