@@ -55,7 +55,6 @@ struct ToInt64 : Fixed<sizeof(sb8)> {
     // Windows down to the units, below 10^16; of at most 15 digits, so that five zero digits may be
     // in front.
     [[OCI_NUMBER_VECTOR_TARGET]] bool four(const Block &block, unsigned i) const {
-        if (!Vector::is_short(block, i)) return false;
         static constexpr Vector::Shape shape(0, -5, 7);
         auto even = Vector::pair(block, i, i + 2), odd = Vector::pair(block, i + 1, i + 3);
         const __m256i even_words = Vector::windows(even, shape);
@@ -135,7 +134,6 @@ struct ToDouble : Fixed<sizeof(double)> {
 
 #if defined(OCI_NUMBER_COLUMN_VECTORS)
     [[OCI_NUMBER_VECTOR_TARGET]] bool four(const Block &block, unsigned i) const {
-        if (!Vector::is_short(block, i)) return false;
         static constexpr Vector::Shape shape(places / 2, -places / 2, 14 - places / 2);
         for (unsigned k = 0; k < 4; k += 2) {
             auto two = Vector::pair(block, i + k, i + k + 1);
@@ -221,7 +219,7 @@ public:
 #if defined(OCI_NUMBER_COLUMN_VECTORS)
     // Units below 10^16.
     [[OCI_NUMBER_VECTOR_TARGET]] bool four(const Block &block, unsigned i) const {
-        if (odd_ || !Vector::is_short(block, i)) return false;
+        if (odd_) return false;
         const __m256i limit = _mm256_set1_epi64x(static_cast<sb8>(short_limit_ - 1));
         for (unsigned k = 0; k < 4; k += 2) {
             auto two = Vector::pair(block, i + k, i + k + 1);

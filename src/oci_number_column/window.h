@@ -178,8 +178,8 @@ struct Vector {
             _mm256_and_si256(_mm256_sub_epi8(from, _mm256_xor_si256(bytes, l.positive)), kept);
         return l;
     }
-    // Two values of at most 15 digits; of other lengths they are refused, or to be refused by
-    // `is_short`. So are those that begin with a zero digit, as what has no digit does.
+    // Two values of at most 15 digits; longer ones are refused, and those that begin with a zero
+    // digit, as what has no digit does.
     [[OCI_NUMBER_VECTOR_TARGET]] static Lanes pair(const Block &block, unsigned i, unsigned k) {
         const __m256i bytes = _mm256_set_m128i(load(block.value[k]), load(block.value[i]));
         const __m256i lengths = _mm256_set_m128i(_mm_set1_epi8(static_cast<char>(block.length[k])),
@@ -188,17 +188,12 @@ struct Vector {
                         OCI_NUMBER_LANES(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16),
                         OCI_NUMBER_LANES(127, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15));
         const __m256i first = OCI_NUMBER_LANES(0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
-        l.refused = _mm256_subs_epu8(_mm256_sub_epi8(l.digits, first),
-                                     _mm256_sub_epi8(_mm256_set1_epi8(99), first));
+        // A load of several lengths, which were stored one by one, would wait for the stores.
+        l.refused = _mm256_or_si256(_mm256_subs_epu8(_mm256_sub_epi8(l.digits, first),
+                                                     _mm256_sub_epi8(_mm256_set1_epi8(99), first)),
+                                    _mm256_cmpgt_epi8(lengths, _mm256_set1_epi8(16)));
         return l;
     }
-    // Whether none of four values has more than 16 bytes.
-    static bool is_short(const Block &block, unsigned i) {
-        ub4 lengths;
-        std::memcpy(&lengths, block.length + i, sizeof lengths);
-        return ((lengths + 0x6F6F6F6F) & 0x80808080) == 0;
-    }
-
     // Groups of four bytes in lanes of 32 bits.
     [[OCI_NUMBER_VECTOR_TARGET]] static __m256i grouped(__m256i digits) {
         const __m256i pairs = _mm256_maddubs_epi16(digits, _mm256_set1_epi16(1 << 8 | 100));
