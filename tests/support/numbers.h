@@ -109,8 +109,12 @@ inline std::mt19937_64 seeded() {
     return std::mt19937_64{value};
 }
 
-// How many random cases to run: `usual`, times TEST_SCALE.
+// How many random cases to run: `usual`, times TEST_SCALE. The report of the tests has the sum of
+// the counts so far.
 inline long random_cases(long usual) {
+    static long sum = 0;
     const char *scale = std::getenv("TEST_SCALE");
-    return scale != nullptr ? usual * std::strtol(scale, nullptr, 10) : usual;
+    const long cases = scale != nullptr ? usual * std::strtol(scale, nullptr, 10) : usual;
+    ::testing::Test::RecordProperty("cases", std::to_string(sum += cases));
+    return cases;
 }
