@@ -30,7 +30,8 @@ def run(program, tests, seed, scale):
     with tempfile.NamedTemporaryFile(suffix=".json") as report:
         done = subprocess.run(
             [program, f"--gtest_filter={tests}", f"--gtest_output=json:{report.name}"],
-            env={**os.environ, "TEST_SEED": str(seed), "TEST_SCALE": str(scale)},
+            env={**os.environ, "TEST_SEED": str(seed), "TEST_SCALE": str(scale),
+                 "LOCPATH": "build/release/tests/locales"},
             capture_output=True, text=True)
         result = json.load(report)
     suites = [test for suite in result["testsuites"] for test in suite["testsuite"]]
@@ -45,7 +46,7 @@ def main():
     seed = int(sys.argv[2]) if len(sys.argv) > 2 else secrets.randbelow(10 ** 9)
     os.chdir(os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
     subprocess.run(["cmake", "--preset", "release"], check=True, stdout=subprocess.DEVNULL)
-    subprocess.run(["cmake", "--build", "--preset", "release", "--target",
+    subprocess.run(["cmake", "--build", "--preset", "release", "--target", "comma_locale",
                     "number_tests", "calc_number_tests", "--", "--quiet"], check=True)
     print(f"from seed {seed}")
     mismatches = 0
