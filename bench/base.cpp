@@ -12,6 +12,7 @@ namespace {
 
 using Boost40 = boost::multiprecision::number<boost::multiprecision::cpp_dec_float<40>>;
 __extension__ typedef __int128 int128;
+__extension__ typedef unsigned __int128 uint128;
 
 // Runs `step(i)` over the operands, one a round.
 template <class Step>
@@ -41,8 +42,7 @@ void render_int128_to_chars(benchmark::State &state) {
     int128 limit = 1;
     for (long i = state.range(0); i > 0; --i) limit *= 10;
     for (int128 &v : values) {
-        v = static_cast<int128>((static_cast<unsigned __int128>(random()) << 64 | random()) >> 1) %
-            limit;
+        v = static_cast<int128>((static_cast<uint128>(random()) << 64 | random()) >> 1) % limit;
     }
     char buffer[128];
     run(state, [&](size_t i) {

@@ -7,6 +7,8 @@ set(CMAKE_C_STANDARD 99)
 set(CMAKE_C_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+# Files that stand alone have helpers of the same names.
+set(CMAKE_UNITY_BUILD OFF)
 
 if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
@@ -15,9 +17,9 @@ endif()
 # For every target of the project, tests and tools included.
 add_library(oci_number_options INTERFACE)
 target_compile_options(oci_number_options INTERFACE
-  -Wall -Wextra -Wshadow -Wconversion -Wsign-conversion -Wformat=2
-  # Log lines and binaries name source files from the project's root.
-  -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wformat=2
+  # Log lines and binaries name source files from the project's root, and not the build's folder.
+  -ffile-prefix-map=${PROJECT_SOURCE_DIR}/= -ffile-prefix-map=${PROJECT_BINARY_DIR}=.
   $<$<BOOL:${OCI_NUMBER_WERROR}>:-Werror>)
 # Hardening: the stack's return addresses guarded, indirect jumps to marked places only, the C
 # library's checked functions where sizes are known, tables of addresses read-only.

@@ -42,7 +42,6 @@ function(debian_package component name section description)
   endif()
 endfunction()
 
-option(OCI_NUMBER_DEBIAN "Install what Debian packages hold beside the files" OFF)
 set(library_package liboci-number${PROJECT_VERSION_MAJOR})
 set(about "The number functions of the OCI call interface over a 22-byte decimal of up
 to 40 digits: arithmetic, elementary functions, rounding, conversions to and
@@ -63,7 +62,9 @@ debian_package(debugger liboci-number-gdb debug
   PACKAGE_DEPENDS "${library_package} (= ${debian_version})" PACKAGE_RECOMMENDS gdb)
 debian_package(tool ocinumber utils
   "A filter that encodes, decodes, inspects and computes 22-byte decimal records\nin bulk."
-  PACKAGE_SHLIBDEPS ON)
+  PACKAGE_SHLIBDEPS ON PACKAGE_DEPENDS "${library_package} (= ${debian_version})")
+# The library that the tool is linked with is not installed while the packages are made.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src)
 debian_package(documents oci-number-doc doc
   "${about}\n\nThe documents."
   PACKAGE_ARCHITECTURE all)

@@ -35,6 +35,8 @@
 #ifndef OCI_NUMBER_HPP
 #define OCI_NUMBER_HPP
 
+#include <cxxabi.h>
+
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
@@ -59,6 +61,9 @@
 #endif
 
 #include "oci.h"
+
+// This program's or shared library's, for the end of threads.
+extern "C" void *__dso_handle __attribute__((visibility("hidden")));
 
 namespace oci {
 
@@ -156,16 +161,23 @@ namespace detail {
 struct thread_handle {
     OCIEnv *env;
     OCIError *error;
+    bool is_closed_at_end;  // close_at_end() will be called
 };
 // Initialised by a constant and without destructor, so that reaching it takes no guard, and
 // destructors of other thread_local objects may still compute.
-inline thread_local thread_handle this_thread = {nullptr, nullptr};
+inline thread_local thread_handle this_thread = {nullptr, nullptr, false};
 
 // Also called after each failure: some leave nothing in the handle, and must not find there what an
 // earlier one has left.
 inline void close_handle() noexcept {
     if (this_thread.env != nullptr) OCIHandleFree(this_thread.env, OCI_HTYPE_ENV);
-    this_thread = {nullptr, nullptr};
+    this_thread.env = nullptr;
+    this_thread.error = nullptr;
+}
+
+inline void close_at_end(void *) {
+    close_handle();
+    this_thread.is_closed_at_end = false;
 }
 
 // Null when there is no memory; the functions then return OCI_INVALID_HANDLE.
@@ -180,12 +192,14 @@ inline void close_handle() noexcept {
         OCIHandleFree(env, OCI_HTYPE_ENV);
         return nullptr;
     }
-    this_thread = {env, static_cast<OCIError *>(handle)};
-    struct closer {
-        ~closer() { close_handle(); }
-    };
-    static thread_local closer at_thread_end;
-    (void)at_thread_end;
+    this_thread.env = env;
+    this_thread.error = static_cast<OCIError *>(handle);
+    // What a thread_local object's destructor is registered by; it serves again when the destructor
+    // of another such object opens a handle after this thread's was closed.
+    if (!this_thread.is_closed_at_end) {
+        this_thread.is_closed_at_end =
+            abi::__cxa_thread_atexit(close_at_end, nullptr, &__dso_handle) == 0;
+    }
     return this_thread.error;
 }
 

@@ -1,15 +1,14 @@
 #!/bin/bash
-# Makes the packages, installs them into an empty folder, builds and runs a program against what
-# landed there by pkg-config, find_package and as a part of another project, builds the source
-# archive in another folder to the same bytes, looks at how the files were built, and removes the
-# packages again.
+# Makes the packages, installs them into an empty folder, builds and runs the examples against what
+# landed there by pkg-config and find_package, and as parts of other projects by add_subdirectory
+# and FetchContent, builds the source archive in another folder to the same bytes, looks at how the files were built, and removes the packages again.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD
 tools/install_packages.sh pkg-config lintian binutils
 tools/package.sh >/dev/null
 packages=(build/package/*.deb)
-consumer=$root/tests/install/consumer
+consumer=$root/tests/install/consumer examples=$root/examples
 
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
@@ -32,14 +31,20 @@ dpkg_tree --install "${packages[@]}" || fail "dpkg does not install the packages
 [[ $(installed | wc -l) -gt 30 ]] || fail "few files were installed"
 
 libdir=$(dirname "$(find "$tree/usr" -name liboci_number.so)")
-"$tree/usr/bin/ocinumber" encode 1 >/dev/null || fail "the installed tool does not run"
+LD_LIBRARY_PATH=$libdir "$tree/usr/bin/ocinumber" encode 1 >/dev/null || fail "the installed tool does not run"
 
 # pkg-config; what compilers search anyway is left out of its flags.
 export PKG_CONFIG_LIBDIR=$libdir/pkgconfig
 [[ $(pkg-config --cflags --libs oci_number | xargs) == -loci_number ]] ||
     fail "pkg-config says '$(pkg-config --cflags --libs oci_number)'"
-cc -std=c99 -I"$tree/usr/include" "$consumer/consumer.c" -L"$libdir" -loci_number -o "$scratch/by_pkg_config"
-LD_LIBRARY_PATH=$libdir "$scratch/by_pkg_config" || fail "the program by pkg-config fails"
+for example in invoice.c column.c invoice.cpp column.cpp moved.cpp; do
+    compiler=(c++ -std=c++17)
+    [[ $example == *.cpp ]] || compiler=(cc -std=c99)
+    "${compiler[@]}" -I"$tree/usr/include" "$examples/$example" -L"$libdir" \
+        $(pkg-config --libs oci_number) -lm -o "$scratch/by_pkg_config"
+    LD_LIBRARY_PATH=$libdir "$scratch/by_pkg_config" |
+        cmp - "$examples/expected/${example%.*}.txt" || fail "$example by pkg-config fails"
+done
 
 # find_package
 cmake -S "$consumer" -B "$scratch/by_find_package" -DLANGUAGES=C \
@@ -47,36 +52,54 @@ cmake -S "$consumer" -B "$scratch/by_find_package" -DLANGUAGES=C \
 cmake --build "$scratch/by_find_package" >/dev/null
 (cd "$scratch/by_find_package" && ctest -Q --no-tests=error) ||
     fail "the programs by find_package fail"
+cmake -S "$examples" -B "$scratch/examples" -DCMAKE_PREFIX_PATH="$tree/usr" >/dev/null
+cmake --build "$scratch/examples" -j "$(nproc)" >/dev/null
+(cd "$scratch/examples" && ctest -Q --no-tests=error) || fail "the examples by find_package fail"
 
-# A part of another project, from the source archive: nothing but the library is built, nothing is
-# installed, and the project's own settings stay.
+# A part of another project, from the source archive, with the examples: nothing but the library is
+# built, nothing is installed, and the project's own settings stay.
 tar -xzf build/package/oci-number-*.tar.gz -C "$scratch"
 mkdir "$scratch/parent"
 cat >"$scratch/parent/CMakeLists.txt" <<'EOF'
 cmake_minimum_required(VERSION 3.22)
 project(parent LANGUAGES C CXX)
-add_subdirectory(${OCI_NUMBER} oci_number)
+if(ARCHIVE)
+  include(FetchContent)
+  FetchContent_Declare(oci_number URL ${ARCHIVE})
+  FetchContent_MakeAvailable(oci_number)
+else()
+  add_subdirectory(${FOLDER} oci_number)
+endif()
 foreach(variable CMAKE_BUILD_TYPE CMAKE_C_FLAGS CMAKE_CXX_FLAGS)
   if(NOT "${${variable}}" STREQUAL "")
     message(FATAL_ERROR "${variable} has become '${${variable}}'")
   endif()
 endforeach()
-add_executable(use_shared ${CONSUMER})
-target_link_libraries(use_shared PRIVATE oci::number)
+add_subdirectory(${EXAMPLES} examples)
 add_executable(use_static ${CONSUMER})
 target_link_libraries(use_static PRIVATE oci::number_static)
 EOF
-cmake -S "$scratch/parent" -B "$scratch/parent/build" -DCONSUMER="$consumer/consumer.c" \
-    -DOCI_NUMBER="$(echo "$scratch"/oci-number-*)" >/dev/null
-cmake --build "$scratch/parent/build" -j "$(nproc)" >/dev/null
-"$scratch/parent/build/use_shared" && "$scratch/parent/build/use_static" ||
-    fail "the programs of the parent project fail"
-if find "$scratch/parent/build" -name 'ocinumber' -o -name '*_tests' -o -name 'bench_*' | grep .; then
-    fail "more than the library was built for the parent project"
-fi
-[[ ! -s $scratch/parent/build/oci_number/cmake_install.cmake ]] ||
-    ! grep -q 'file(INSTALL' "$scratch"/parent/build/oci_number/{,src/}cmake_install.cmake ||
-    fail "the library installs itself with the parent project"
+for way in -DFOLDER="$(echo "$scratch"/oci-number-*)" -DARCHIVE="$(echo "$PWD"/build/package/*.tar.gz)"; do
+    parent=$scratch/parent/build${way%%=*}
+    cmake -S "$scratch/parent" -B "$parent" -DCONSUMER="$consumer/consumer.c" -DEXAMPLES="$examples" \
+        "$way" >/dev/null
+    cmake --build "$parent" -j "$(nproc)" >/dev/null
+    "$parent/use_static" && (cd "$parent/examples" && ctest -Q --no-tests=error) ||
+        fail "the programs of the parent project fail (${way%%=*})"
+    if find "$parent" -name 'ocinumber' -o -name '*_tests' -o -name 'bench_*' | grep .; then
+        fail "more than the library was built for the parent project (${way%%=*})"
+    fi
+    if find "$parent" -path "$parent/examples" -prune -o -name cmake_install.cmake -print0 |
+        xargs -0 grep -l 'file(INSTALL'; then
+        fail "the library installs itself with the parent project (${way%%=*})"
+    fi
+done
+
+# A distribution's wish for large pieces does no harm; no tests are wanted, and ctest runs none without a word.
+cmake -S "$scratch"/oci-number-* -B "$scratch/unity" -DCMAKE_UNITY_BUILD=ON \
+    -DOCI_NUMBER_BUILD_TESTS=OFF -DOCI_NUMBER_BUILD_BENCHMARKS=OFF >/dev/null
+cmake --build "$scratch/unity" -j "$(nproc)" >/dev/null || fail "a unity build fails"
+(cd "$scratch/unity" && ctest -Q) || fail "ctest fails where there are no tests"
 
 # Another folder, the same bytes.
 cmake -S "$scratch"/oci-number-* -B "$scratch/again" -G Ninja -DCMAKE_BUILD_TYPE=Release \

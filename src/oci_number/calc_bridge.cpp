@@ -227,7 +227,7 @@ sword OCINumberCheckDomain(OCIError *err, const OCINumber *number, ub4 index) {
                                                               boolean check_zero) {
     const char *const func_name = two_param_calls[index].func_name;
     QZOCI_LOG_DEBUG("call %s with params [err:%p] [number1:%p] [number2:%p] [result:%p]", func_name,
-                    err, number1, number2, result);
+                    address(err), address(number1), address(number2), address(result));
     const sword status = OCINumberTwoParamChecked(err, number1, number2, result, index, check_zero);
     return OCI_NUMBER_RETURN(func_name, status);
 }
@@ -236,8 +236,8 @@ sword OCINumberCheckDomain(OCIError *err, const OCINumber *number, ub4 index) {
                                                               const OCINumber *number,
                                                               OCINumber *result, ub4 index) {
     const char *const func_name = one_param_calls[index].func_name;
-    QZOCI_LOG_DEBUG("call %s with params [err:%p] [number:%p] [result:%p]", func_name, err, number,
-                    result);
+    QZOCI_LOG_DEBUG("call %s with params [err:%p] [number:%p] [result:%p]", func_name, address(err),
+                    address(number), address(result));
     const sword status = OCINumberOneParamChecked(err, number, result, index);
     return OCI_NUMBER_RETURN(func_name, status);
 }

@@ -28,6 +28,9 @@ inline sword OCINumberTraceResult(const char *file, long line, const char *trace
 #define OCI_NUMBER_RETURN(trace_name, status) \
     ::oci_number::OCINumberTraceResult(__FILE__, __LINE__, trace_name, status)
 
+// What "%p" takes.
+inline const void *address(const void *of) { return of; }
+
 // Reports a null error handle. Returns OCI_INVALID_HANDLE.
 sword OCINumberInvalidHandle();
 

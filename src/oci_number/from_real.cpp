@@ -169,8 +169,8 @@ sword OCINumberFromRealChecked(OCIError *err, const void *rnum, const RealType &
 extern "C" sword OCINumberFromReal(OCIError *err, const void *rnum, uword rnum_length,
                                    OCINumber *number) {
     QZOCI_LOG_DEBUG(
-        "call OCINumberFromReal with params [err:%p] [inum:%p] [inum_length:%u] [number:%p]", err,
-        rnum, rnum_length, number);
+        "call OCINumberFromReal with params [err:%p] [inum:%p] [inum_length:%u] [number:%p]",
+        address(err), address(rnum), rnum_length, address(number));
     sword status;
     if (err == nullptr) {
         QZOCI_LOG_ERROR("call OCINumberFromReal with invalid handle");

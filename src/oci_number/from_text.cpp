@@ -110,7 +110,8 @@ extern "C" sword OCINumberFromText(OCIError *err, const OraText *str, ub4 str_le
     QZOCI_LOG_DEBUG(
         "call OCINumberFromText with params [err:%p] [str:%p] [str_length:%u] [fmt:%p] "
         "[fmt_length:%u] [nls_params:%p] [nls_p_length:%u] [number:%p]",
-        err, str, str_length, fmt, fmt_length, nls_params, nls_p_length, number);
+        address(err), address(str), str_length, address(fmt), fmt_length, address(nls_params),
+        nls_p_length, address(number));
     sword status;
     if (err == nullptr) {
         QZOCI_LOG_ERROR("call OCINumberFromText with invalid handle");

@@ -99,14 +99,16 @@ sword OCINumberCheckStepped(OCIError *err, const OCINumber *number) {
 }  // namespace
 
 extern "C" sword OCINumberInc(OCIError *err, OCINumber *number) {
-    QZOCI_LOG_DEBUG("call OCINumberInc with params [err:%p] [number:%p]", err, number);
+    QZOCI_LOG_DEBUG("call OCINumberInc with params [err:%p] [number:%p]", address(err),
+                    address(number));
     const sword status = OCINumberCheckStepped(err, number);
     if (status == OCI_SUCCESS) OCINumberIncrement(*number);
     return OCI_NUMBER_RETURN("OCINumberInc", status);
 }
 
 extern "C" sword OCINumberDec(OCIError *err, OCINumber *number) {
-    QZOCI_LOG_DEBUG("call OCINumberDec with params [err:%p] [number:%p]", err, number);
+    QZOCI_LOG_DEBUG("call OCINumberDec with params [err:%p] [number:%p]", address(err),
+                    address(number));
     const sword status = OCINumberCheckStepped(err, number);
     if (status == OCI_SUCCESS) OCINumberDecrement(err, *number);
     return OCI_NUMBER_RETURN("OCINumberDec", status);

@@ -46,24 +46,24 @@ sword OCINumberCompareBytes(const OCINumber &number1, const OCINumber &number2) 
 }  // namespace
 
 extern "C" sword OCINumberIsZero(OCIError *err, const OCINumber *number, boolean *result) {
-    QZOCI_LOG_DEBUG("call OCINumberIsZero with params [err:%p] [number:%p] [result:%p]", err,
-                    number, result);
+    QZOCI_LOG_DEBUG("call OCINumberIsZero with params [err:%p] [number:%p] [result:%p]",
+                    address(err), address(number), address(result));
     const sword status = OCINumberCheckThreeParams(err, number, result);
     if (status == OCI_SUCCESS) *result = is_zero(*number);
     return OCI_NUMBER_RETURN("OCNumberZero", status);
 }
 
 extern "C" sword OCINumberIsInt(OCIError *err, const OCINumber *number, boolean *result) {
-    QZOCI_LOG_DEBUG("call function OCINumberIsInt with param err %p,number:%p, result:%p", err,
-                    number, result);
+    QZOCI_LOG_DEBUG("call function OCINumberIsInt with param err %p,number:%p, result:%p",
+                    address(err), address(number), address(result));
     sword status = OCINumberCheckThreeParams(err, number, result);
     if (status == OCI_SUCCESS) status = OCINumberTestInteger(*number, *result);
     return OCI_NUMBER_RETURN("OCINumberIsInt", status);
 }
 
 extern "C" sword OCINumberSign(OCIError *err, const OCINumber *number, sword *result) {
-    QZOCI_LOG_DEBUG("call OCINumberSign with params [err:%p] [number:%p] [result:%p]", err, number,
-                    result);
+    QZOCI_LOG_DEBUG("call OCINumberSign with params [err:%p] [number:%p] [result:%p]", address(err),
+                    address(number), address(result));
     const sword status = OCINumberCheckThreeParams(err, number, result);
     if (status == OCI_SUCCESS) {
         *result = is_zero(*number) ? 0 : has_positive_exponent(*number) ? 1 : -1;
@@ -74,21 +74,23 @@ extern "C" sword OCINumberSign(OCIError *err, const OCINumber *number, sword *re
 extern "C" sword OCINumberCmp(OCIError *err, const OCINumber *number1, const OCINumber *number2,
                               sword *result) {
     QZOCI_LOG_DEBUG("call OCINumberCmp with params [err:%p] [number1:%p] [number2:%p] [result:%p]",
-                    err, number1, number2, result);
+                    address(err), address(number1), address(number2), address(result));
     const sword status = OCINumberCheckFourParams(err, number1, number2, result);
     if (status == OCI_SUCCESS) *result = OCINumberCompareBytes(*number1, *number2);
     return OCI_NUMBER_RETURN("OCINumberCmp", status);
 }
 
 extern "C" sword OCINumberAssign(OCIError *err, const OCINumber *from, OCINumber *to) {
-    QZOCI_LOG_DEBUG("call OCINumberAssign with params [err:%p] [from:%p] [to:%p]", err, from, to);
+    QZOCI_LOG_DEBUG("call OCINumberAssign with params [err:%p] [from:%p] [to:%p]", address(err),
+                    address(from), address(to));
     const sword status = OCINumberCheckThreeParams(err, from, to);
     if (status == OCI_SUCCESS) std::memmove(to, from, sizeof *to);
     return OCI_NUMBER_RETURN("OCINumberAssign", status);
 }
 
 extern "C" void OCINumberSetZero(OCIError *err, OCINumber *number) {
-    QZOCI_LOG_DEBUG("call OCINumberSetZero with params [err:%p] [number:%p]", err, number);
+    QZOCI_LOG_DEBUG("call OCINumberSetZero with params [err:%p] [number:%p]", address(err),
+                    address(number));
     if (err == nullptr) OCINumberInvalidHandle();
     if (number == nullptr) {
         if (err != nullptr) OCINumberError21560(err, 2);
@@ -99,7 +101,8 @@ extern "C" void OCINumberSetZero(OCIError *err, OCINumber *number) {
 }
 
 extern "C" void OCINumberSetPi(OCIError *err, OCINumber *number) {
-    QZOCI_LOG_DEBUG("call OCINumberSetPi with params [err:%p] [number:%p]", err, number);
+    QZOCI_LOG_DEBUG("call OCINumberSetPi with params [err:%p] [number:%p]", address(err),
+                    address(number));
     if (err == nullptr) OCINumberInvalidHandle();
     if (number == nullptr) {
         if (err != nullptr) OCINumberError21560(err, 2);

@@ -191,16 +191,18 @@ extern "C" sword OCINumberToInt(OCIError *err, const OCINumber *number, uword rs
     QZOCI_LOG_DEBUG(
         "thread %ld call function OCINumberToInt with param err %p,number:%p, rsl_length:%d, "
         "rsl_flag:%d, rsl:%p",
-        thread, err, number, static_cast<int>(rsl_length), static_cast<int>(rsl_flag), rsl);
+        thread, address(err), address(number), static_cast<int>(rsl_length),
+        static_cast<int>(rsl_flag), address(rsl));
     sword status;
     if (err == nullptr || number == nullptr || rsl == nullptr || !OCINumberIsSignFlag(rsl_flag)) {
         constexpr const char *invalid_param =
             "invalid param, err:%p, number:%p, rsl:%p, rsl_flag:%d";
         const int flag = static_cast<int>(rsl_flag);
-        QZOCI_LOG_ERROR(invalid_param, err, number, rsl, flag);
-        status = err == nullptr ? OCI_INVALID_HANDLE
-                                : OCINumberSetError(err, internal_failure, invalid_param, err,
-                                                    number, rsl, flag);
+        QZOCI_LOG_ERROR(invalid_param, address(err), address(number), address(rsl), flag);
+        status = err == nullptr
+                     ? OCI_INVALID_HANDLE
+                     : OCINumberSetError(err, internal_failure, invalid_param, address(err),
+                                         address(number), address(rsl), flag);
     } else {
         status = OCINumberToIntChecked(err, number, rsl_length, rsl_flag, rsl);
     }
@@ -212,7 +214,7 @@ extern "C" sword OCINumberFromInt(OCIError *err, const void *inum, uword inum_le
     QZOCI_LOG_DEBUG(
         "call OCINumberFromInt with params [err:%p] [inum:%p] [inum_length:%u] [inum_s_flag:%u] "
         "[number:%p]",
-        err, inum, inum_length, inum_s_flag, number);
+        address(err), address(inum), inum_length, inum_s_flag, address(number));
     sword status;
     if (err == nullptr) {
         QZOCI_LOG_ERROR("call OCINumberFromInt with invalid handle");

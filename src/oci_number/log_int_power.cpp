@@ -84,8 +84,8 @@ sword OCINumberIntPowerChecked(OCIError *err, const OCINumber *base, sword exp, 
 
 extern "C" sword OCINumberLog(OCIError *err, const OCINumber *base, const OCINumber *number,
                               OCINumber *result) {
-    QZOCI_LOG_DEBUG("call OCINumberLon with params [err:%p] [base:%p] [number:%p] [result:%p]", err,
-                    base, number, result);
+    QZOCI_LOG_DEBUG("call OCINumberLon with params [err:%p] [base:%p] [number:%p] [result:%p]",
+                    address(err), address(base), address(number), address(result));
     const sword status = OCINumberLogChecked(err, base, number, result);
     return OCI_NUMBER_RETURN("OCNumberLog", status);
 }
@@ -93,7 +93,7 @@ extern "C" sword OCINumberLog(OCIError *err, const OCINumber *base, const OCINum
 extern "C" sword OCINumberIntPower(OCIError *err, const OCINumber *base, const sword exp,
                                    OCINumber *result) {
     QZOCI_LOG_DEBUG("call OCINumberIntPower with params [err:%p] [base:%p] [exp:%d] [result:%p]",
-                    err, base, exp, result);
+                    address(err), address(base), exp, address(result));
     const sword status = OCINumberIntPowerChecked(err, base, exp, result);
     return OCI_NUMBER_RETURN("OCINumberIntPower", status);
 }

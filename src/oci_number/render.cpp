@@ -78,7 +78,8 @@ void OCINumberDropLeadingZero(OraText *&number_str, sb8 &number_str_len) {
 constexpr const char *trace_name = "OCINumberProcessValue";
 
 sword OCINumberNoText(const OCINumber *number, sword status) {
-    QZOCI_LOG_DEBUG("fail to get str from number number:%p", static_cast<const void *>(number));
+    QZOCI_LOG_DEBUG("fail to get str from number number:%p",
+                    address(static_cast<const void *>(number)));
     return status;
 }
 

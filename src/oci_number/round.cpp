@@ -92,7 +92,7 @@ void OCINumberKeepSignificant(OCIError *err, const OCINumber &number, sword n, O
 extern "C" sword OCINumberPrec(OCIError *err, const OCINumber *number, sword nDigs,
                                OCINumber *result) {
     QZOCI_LOG_DEBUG("call OCINumberPrec with params [err:%p] [number:%p] [dcplace:%i] [result:%p]",
-                    err, number, nDigs, result);
+                    address(err), address(number), nDigs, address(result));
     const sword status = OCINumberCheckCountParams(err, number, result);
     if (status == OCI_SUCCESS) OCINumberKeepSignificant(err, *number, nDigs, *result);
     return OCI_NUMBER_RETURN("OCINumberPrec", status);
@@ -101,7 +101,7 @@ extern "C" sword OCINumberPrec(OCIError *err, const OCINumber *number, sword nDi
 extern "C" sword OCINumberRound(OCIError *err, const OCINumber *number, sword dcplace,
                                 OCINumber *result) {
     QZOCI_LOG_DEBUG("call OCINumberRound with params [err:%p] [number:%p] [dcplace:%i] [result:%p]",
-                    err, number, dcplace, result);
+                    address(err), address(number), dcplace, address(result));
     const sword status = OCINumberCheckCountParams(err, number, result);
     if (status == OCI_SUCCESS) {
         OCINumberKeepPlaces(err, *number, dcplace, CutMode::round, *result);
@@ -112,7 +112,7 @@ extern "C" sword OCINumberRound(OCIError *err, const OCINumber *number, sword dc
 extern "C" sword OCINumberTrunc(OCIError *err, const OCINumber *number, sword dcplace,
                                 OCINumber *result) {
     QZOCI_LOG_DEBUG("call OCINumberTrunc with params [err:%p] [number:%p] [dcplace:%i] [result:%p]",
-                    err, number, dcplace, result);
+                    address(err), address(number), dcplace, address(result));
     const sword status = OCINumberCheckCountParams(err, number, result);
     if (status == OCI_SUCCESS) {
         OCINumberKeepPlaces(err, *number, dcplace, CutMode::truncate, *result);

@@ -89,16 +89,16 @@ void OCINumberShiftDigits(OCIError *err, const OCINumber &number, sword nDig, OC
 }  // namespace
 
 extern "C" sword OCINumberAbs(OCIError *err, const OCINumber *number, OCINumber *result) {
-    QZOCI_LOG_DEBUG("call OCINumberAbs with params [err:%p] [number:%p] [result:%p]", err, number,
-                    result);
+    QZOCI_LOG_DEBUG("call OCINumberAbs with params [err:%p] [number:%p] [result:%p]", address(err),
+                    address(number), address(result));
     const sword status = OCINumberCheckThreeParams(err, number, result);
     if (status == OCI_SUCCESS) OCINumberMagnitude(*number, *result);
     return OCI_NUMBER_RETURN("OCINumberAbs", status);
 }
 
 extern "C" sword OCINumberNeg(OCIError *err, const OCINumber *number, OCINumber *result) {
-    QZOCI_LOG_DEBUG("call OCINumberNeg with params [err:%p] [number:%p] [result:%p]", err, number,
-                    result);
+    QZOCI_LOG_DEBUG("call OCINumberNeg with params [err:%p] [number:%p] [result:%p]", address(err),
+                    address(number), address(result));
     const sword status = OCINumberCheckThreeParams(err, number, result);
     if (status == OCI_SUCCESS) OCINumberNegate(*number, *result);
     return OCI_NUMBER_RETURN("OCINumberNeg", status);
@@ -107,7 +107,7 @@ extern "C" sword OCINumberNeg(OCIError *err, const OCINumber *number, OCINumber 
 extern "C" sword OCINumberShift(OCIError *err, const OCINumber *number, const sword nDig,
                                 OCINumber *result) {
     QZOCI_LOG_DEBUG("call OCINumberShift with params [err:%p] [number:%p] [nDig:%d] [result:%p]",
-                    err, number, nDig, result);
+                    address(err), address(number), nDig, address(result));
     const sword status = OCINumberCheckCountParams(err, number, result);
     if (status == OCI_SUCCESS) OCINumberShiftDigits(err, *number, nDig, *result);
     return OCI_NUMBER_RETURN("OCINumberShift", status);

@@ -120,10 +120,11 @@ extern "C" sword OCINumberToReal(OCIError *err, const OCINumber *number, uword r
     QZOCI_LOG_DEBUG(
         "thread %ld call function OCINumberToReal with param err %p,number:%p, rsl_length:%d, "
         "rsl:%p",
-        thread, err, number, rsl_length_shown, rsl);
+        thread, address(err), address(number), rsl_length_shown, address(rsl));
     sword status;
     if (err == nullptr) {
-        QZOCI_LOG_ERROR("invalid param, err:%p, number:%p, rsl:%p", err, number, rsl);
+        QZOCI_LOG_ERROR("invalid param, err:%p, number:%p, rsl:%p", address(err), address(number),
+                        address(rsl));
         status = OCI_INVALID_HANDLE;
     } else if (number == nullptr) {
         status = OCINumberError21560(err, 2);
@@ -143,7 +144,7 @@ extern "C" sword OCINumberToRealArray(OCIError *err, const OCINumber **number, u
     QZOCI_LOG_DEBUG(
         "call OCINumberToRealArray with params [err:%p] [number:%p] [elems:%u] [rsl_length:%u] "
         "[rsl:%p] ",
-        err, number, elems, rsl_length, rsl);
+        address(err), address(number), elems, rsl_length, address(rsl));
     sword status = OCI_SUCCESS;
     if (err == nullptr) {
         QZOCI_LOG_ERROR("call OCINumberToRealArray with invalid handle");

@@ -85,9 +85,9 @@ sword oci_number::OCINumberLayOut(OCIError *err, const Layout &l, sb8 &result_le
         QZOCI_LOG_DEBUG(
             "params have null, status:%d, number:%p, number_len:%ld, format:%p, format_len:%ld, "
             "result_buf:%p, result_size:%ld",
-            OCI_ERROR, static_cast<const void *>(l.number_str), l.number_len,
-            static_cast<const void *>(l.format_str), l.format_len,
-            static_cast<void *>(l.result_buf), result_size);
+            OCI_ERROR, address(static_cast<const void *>(l.number_str)), l.number_len,
+            address(static_cast<const void *>(l.format_str)), l.format_len,
+            address(static_cast<void *>(l.result_buf)), result_size);
         return OCI_ERROR;
     }
     if (l.has_tm) {
@@ -218,12 +218,14 @@ extern "C" sword OCINumberToText(OCIError *err, const OCINumber *number, const O
     QZOCI_LOG_DEBUG(
         "thread %ld call function OCINumberToText with param err %p,number:%p, fmt:%p, "
         "fmt_length %d, nls_params:%p, nls_p_length:%d, buf_size:%p, buf:%p ",
-        thread, err, number, fmt, fmt_length_shown, nls_params, nls_length_shown, buf_size, buf);
+        thread, address(err), address(number), address(fmt), fmt_length_shown, address(nls_params),
+        nls_length_shown, address(buf_size), address(buf));
     sword status;
     if (err == nullptr) {
         QZOCI_LOG_DEBUG(
-            "param is invalid, err:%p, number:%p,buf:%p, buf_size:%p, fmt:%p, fmt_length:%d", err,
-            number, buf, buf_size, fmt, fmt_length_shown);
+            "param is invalid, err:%p, number:%p,buf:%p, buf_size:%p, fmt:%p, fmt_length:%d",
+            address(err), address(number), address(buf), address(buf_size), address(fmt),
+            fmt_length_shown);
         status = OCI_INVALID_HANDLE;
     } else if (buf_size == nullptr || *buf_size == 0) {
         status = OCINumberBadArgument(err, 7);

@@ -13,7 +13,7 @@ import subprocess
 import sys
 import tempfile
 import unittest
-from decimal import Decimal
+from decimal import ROUND_HALF_UP, Context, Decimal, localcontext
 
 TOOL, SOURCE = sys.argv.pop(1), sys.argv.pop(1)
 SEED = int(os.environ.get("CLI_TEST_SEED", "1"))
@@ -122,7 +122,7 @@ class Tables(unittest.TestCase):
         self.assertEqual(run("inspect", "--from", "hex", "0180")[1].split()[-1], b"0")
 
     def test_help(self):
-        commands = re.findall(r"^  (\w+) ", run("--help")[1].decode(), re.M)
+        commands = re.findall(r"^  (\w+)  ", run("--help")[1].decode(), re.M)
         self.assertGreater(len(commands), 15)
         for arguments in (["--help"], ["--version"], *([name, "--help"] for name in commands)):
             status, out, err = run(*arguments)
@@ -187,6 +187,30 @@ class Conversions(unittest.TestCase):
         expected = sorted(texts, key=lambda text: infinities.get(text) or Decimal(text))
         got = self.convert(ordered, "convert", "--from", "sortable").decode().split()
         self.assertTrue(got == expected, SEED)
+
+    def test_stats(self):
+        # Beside Python's decimals of 300 digits, rounded to 20 base-100 digits: 39 decimal ones
+        # when the first one is below 10, else 40.
+        wide = Context(prec=300, rounding=ROUND_HALF_UP)
+
+        def shown(value):
+            digits = Context(prec=39 + value.adjusted() % 2, rounding=ROUND_HALF_UP)
+            text = f"{digits.plus(value):f}"
+            return text.rstrip("0").rstrip(".") if "." in text else text
+
+        for count in 1, 2, 3, 100, 20_000:
+            texts = random_texts(count, SEED + count)
+            with localcontext(wide):
+                values = [Decimal(text) for text in texts]
+                mean = sum(values) / count
+                variance = sum((value - mean) ** 2 for value in values) / max(count - 1, 1)
+                expected = [str(count), "0", f"{min(values):f}", f"{max(values):f}",
+                            f"{sum(values):f}", shown(mean),
+                            shown(variance.sqrt()) if count > 1 else "none"]
+            for jobs in "1", "2":
+                with self.subTest((count, jobs, SEED)):
+                    out = self.convert("\n".join(texts).encode(), "stats", "--jobs", jobs)
+                    self.assertEqual([line.split("\t")[1] for line in out.decode().splitlines()], expected)
 
     def test_sample_file(self):
         encoded = self.convert(b"", "encode", "-f", os.path.join(SOURCE, "examples/amounts.txt"))

@@ -29,8 +29,13 @@ $libdir/liboci_number.so
 $libdir/liboci_number.so.${version%%.*}
 $libdir/liboci_number.so.$version
 $libdir/pkgconfig/oci_number.pc
-share/gdb/auto-load$prefix/$libdir/liboci_number.so.$version-gdb.py${tool:+$'\n'$tool}") \
-    <(cd "$prefix" && find . ! -type d ! -path './share/doc/*' -printf '%P\n' |
+share/gdb/auto-load$prefix/$libdir/liboci_number.so.$version-gdb.py${tool:+
+$tool
+share/bash-completion/completions/ocinumber
+share/fish/vendor_completions.d/ocinumber.fish
+share/man/man1/ocinumber.1
+share/zsh/site-functions/_ocinumber}") \
+    <(cd "$prefix" && find . ! -type d ! -path './share/doc/*' ! -name 'ocinumber-*.1' -printf '%P\n' |
         sed 's/targets-.*\.cmake/targets-CONFIG.cmake/' | LC_ALL=C sort)
 diff <(printf '%s\n' CHANGELOG.md LICENSE README.md docs) \
     <(cd "$prefix/share/doc/oci_number" && LC_ALL=C ls)

@@ -77,7 +77,7 @@ Command add_calc(CLI::App &tool) {
         "A number that the expression has by this name; may be repeated");
     add_form(*app, "--to", options->to, forms_written, "Form of the results");
     add_stream_options(*app, options->stream);
-    return {app, "[EXPRESSION]... | 'EXPRESSION WITH $1' [FILE]...",
+    return {app, "[EXPRESSION]... | EXPRESSION [FILE]...",
             "Operators, from the weakest: the comparisons < <= > >= == !=, which give 1 or 0; + "
             "-; * / %; the sign -; ^ (right to left). Numbers may have an exponent: 1.5e-3; ~ is "
             "infinity. Every step is rounded to a number.\n\n"

@@ -289,7 +289,7 @@ const OCINumber *read_number(const Reading &reading, std::string_view value, OCI
         const auto *const record = reinterpret_cast<const OCINumber *>(value.data());
         if (is_plain_number(*record, OCI_NUMBER_SIZE)) return record;
     }
-    GivenBytes given;
+    GivenBytes given{};
     if (!read_bytes(reading, value, given, reason)) return nullptr;
     room = given.number;
     if (is_plain_number(given.number, given.count)) return &room;

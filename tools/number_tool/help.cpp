@@ -101,17 +101,19 @@ std::vector<OptionText> options_of(const CLI::App &command) {
 
 std::string tool_help(const std::vector<Command> &commands) {
     std::string text =
-        std::string(summary) + "\n\nUsage: ocinumber COMMAND [OPTION]... [VALUE]...\n\nCommands:\n";
+        wrapped(summary, 0) + "\nUsage: ocinumber COMMAND [OPTION]... [VALUE]...\n\nCommands:\n";
     for (const Command &command : commands) {
         std::string line = "  " + command.app->get_name();
         line.resize(14, ' ');
         text += line + command.app->get_description() + '\n';
     }
-    return text +
-           "\n\"ocinumber COMMAND --help\" or \"ocinumber help COMMAND\" tells a command's "
-           "options\n"
-           "and examples, \"ocinumber --version\" the version.\n\n" +
-           wrapped(statuses, 0) + "\nExample:\n  ocinumber encode 1.5 -2 | ocinumber decode\n";
+    return text + '\n' +
+           wrapped(
+               "\"ocinumber COMMAND --help\" or \"ocinumber help COMMAND\" tells a command's "
+               "options and examples, \"ocinumber --version\" the version.",
+               0) +
+           '\n' + wrapped(statuses, 0) +
+           "\nExample:\n  ocinumber encode 1.5 -2 | ocinumber decode\n";
 }
 
 std::string command_help(const Command &command) {

@@ -65,7 +65,7 @@ private:
     bool next_values(Block &block);
     bool open_file(Block &block);
     bool fill(Block &block);
-    void drop_line(Block &block, size_t size);
+    void drop_line(Block &block, char *start);
     size_t find_last_end(std::string_view bytes, size_t from);
     // Returns the count of bytes, 0 at the end, or -1 with errno.
     ssize_t read_some(char *to);

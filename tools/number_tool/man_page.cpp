@@ -36,6 +36,11 @@ std::string paragraphs(const std::string &text) {
     return out + '\n';
 }
 
+std::string upper_case(std::string text) {
+    for (char &c : text) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    return text;
+}
+
 std::string head(const std::string &name, const std::string &description) {
     return ".TH " + name + " 1 \"\" \"ocinumber " OCI_NUMBER_VERSION "\" \"\"\n.SH NAME\n" +
            roff(name) + " \\- " + roff(description) + "\n.SH SYNOPSIS\n";
@@ -67,7 +72,7 @@ std::string command_page(const Command &command) {
     if (!command.details.empty()) text += ".SH DESCRIPTION\n" + paragraphs(command.details);
     std::string group;
     for (const OptionText &option : options_of(*command.app)) {
-        if (option.group != group) text += ".SH \"" + roff(option.group) + "\"\n";
+        if (option.group != group) text += ".SH " + upper_case(option.group) + "\n";
         group = option.group;
         text += ".TP\n\\fB";
         if (!option.short_name.empty()) text += roff(option.short_name) + "\\fR, \\fB";

@@ -16,15 +16,18 @@ Operation NumberStream::conversion() const {
             return out + OCI_NUMBER_SIZE;
         };
     }
-    const bool are_records_texts = from.form == Form::raw && to == Form::text;
-    return [this, are_records_texts](const Value &value, char *out, std::string &reason) -> char * {
-        if (are_records_texts) {
-            if (char *const end = write_record_text(value.text, out)) return end;
-        }
+    const auto convert_any = [this](const Value &value, char *out, std::string &reason) -> char * {
         OCINumber room;
         const OCINumber *const number = read_number(from, value.text, room, reason);
         return number == nullptr ? nullptr : write_number(to, *number, out, reason);
     };
+    if (from.form == Form::raw && to == Form::text) {
+        return [convert_any](const Value &value, char *out, std::string &reason) {
+            char *const end = write_record_text(value.text, out);
+            return end != nullptr ? end : convert_any(value, out, reason);
+        };
+    }
+    return convert_any;
 }
 
 Operation NumberStream::computation(NumberFunction function) const {

@@ -102,8 +102,15 @@ void add_refusals(CLI::App &command, StreamOptions &options) {
         "keep: it stays as it is; null: the text of --null takes its place (default fail)")
         ->group(group);
     add_text(
-        command, "--null", "TEXT", [&](const std::string &text) { options.null_text = text; },
-        "What stands in place of a refused value (default nothing)")
+        command, "--null", "TEXT",
+        [&](const std::string &text) {
+            if (command.count("--on-error") > 0 && options.on_error != OnError::null) {
+                refuse("--null", "only --on-error null takes a text");
+            }
+            options.on_error = OnError::null;
+            options.null_text = text;
+        },
+        "What stands in place of a refused value (default nothing); means --on-error null")
         ->group(group);
     add_text(
         command, "--max-errors", "N",
@@ -218,7 +225,6 @@ void add_stream_options(CLI::App &command, StreamOptions &options) {
 }
 
 void settle(StreamOptions &options, Form from, Form to) {
-    if (!options.null_text.empty()) options.on_error = OnError::null;
     Dialect &dialect = options.dialect;
     if (dialect.is_csv && dialect.is_by_name) dialect.delimiter = ',';
     if (dialect.is_csv) dialect.is_by_name = false;

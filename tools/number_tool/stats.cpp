@@ -94,12 +94,12 @@ constexpr Row rows[] = {
                    size_t) { return tally.count == 0 ? no_value : text_of(tally.maximum); }},
     {"sum",
      [](const Tally &tally, size_t) {
-         const std::string infinite = infinite_sum(tally);
+         std::string infinite = infinite_sum(tally);
          return infinite.empty() ? tally.sums.sum() : infinite;
      }},
     {"mean",
      [](const Tally &tally, size_t) {
-         const std::string infinite = infinite_sum(tally);
+         std::string infinite = infinite_sum(tally);
          if (!infinite.empty()) return infinite;
          return tally.count == 0 ? no_value : rounded(tally.sums.mean());
      }},

@@ -72,6 +72,7 @@ struct Results {
         return bytes.get() + size;
     }
     void append(std::string_view text) {
+        if (text.empty()) return;
         std::memcpy(room(text.size()), text.data(), text.size());
         size += text.size();
     }
@@ -237,8 +238,10 @@ public:
 
 private:
     void convert_records() {
-        for (size_t at = 0; at < block_.bytes.size(); at += OCI_NUMBER_SIZE) {
-            convert_whole(block_.bytes.substr(at, OCI_NUMBER_SIZE));
+        for (std::string_view rest = block_.bytes; !rest.empty();) {
+            const size_t size = std::min<size_t>(rest.size(), OCI_NUMBER_SIZE);
+            convert_whole({rest.data(), size});
+            rest.remove_prefix(size);
             end_record();
         }
     }
@@ -247,9 +250,8 @@ private:
         const bool are_lines = block_.framing == Framing::lines;
         const char line_end = are_lines ? '\n' : '\0';
         fields_.dialect = block_.dialect;
-        const bool has_columns = options_.reads_columns || !options_.fields.empty();
         CsvScanner scanner(block_.dialect.delimiter, line_end);
-        const bool is_csv = has_columns && block_.dialect.is_csv && block_.file != nullptr;
+        const bool is_csv = has_columns() && block_.dialect.is_csv && block_.file != nullptr;
         const char *at = block_.bytes.data();
         const char *const end = at + block_.bytes.size();
         while (at != end) {
@@ -272,6 +274,8 @@ private:
         }
     }
 
+    bool has_columns() const { return options_.reads_columns || !options_.fields.empty(); }
+
     void end_record() {
         ++record_;
         if (results_.size >= max_held) exchange_.hand_over(block_, record_, results_, false);
@@ -285,9 +289,7 @@ private:
             }
         } else if (line.size() > max_line) {
             refuse_long_line(line);
-        } else if (!options_.reads_columns && options_.fields.empty()) {
-            convert_whole(line);
-        } else if (std::string reason; !fields_.split(line, reason)) {
+        } else if (std::string reason; has_columns() && !fields_.split(line, reason)) {
             refuse_line(line, reason);
         } else if (options_.fields.empty()) {
             convert_whole(line);

@@ -14,9 +14,9 @@ namespace calc {
 // Whether |a| < |b|.
 inline bool is_less(const Finite &a, const Finite &b) {
     // One comparison of exponents and first digits, without a branch: it is as good as random.
+    __extension__ typedef unsigned __int128 Front;
     const auto front = [](const Finite &f) {
-        return static_cast<unsigned __int128>(static_cast<ub8>(f.exponent + 128)) << 64 |
-               f.digits.word[0];
+        return static_cast<Front>(static_cast<ub8>(f.exponent + 128)) << 64 | f.digits.word[0];
     };
     const auto front_a = front(a), front_b = front(b);
     if (front_a == front_b) [[unlikely]] {
