@@ -1,7 +1,8 @@
 #!/bin/bash
 # Makes the packages, installs them into an empty folder, builds and runs the examples against what
 # landed there by pkg-config and find_package, and as parts of other projects by add_subdirectory
-# and FetchContent, builds the source archive in another folder to the same bytes, looks at how the files were built, and removes the packages again.
+# and FetchContent, builds the source archive in another folder to the same bytes and runs its tests,
+# looks at how the files were built, and removes the packages again.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD
@@ -95,7 +96,8 @@ for way in -DFOLDER="$(echo "$scratch"/oci-number-*)" -DARCHIVE="$(echo "$PWD"/b
     fi
 done
 
-# A distribution's wish for large pieces does no harm; no tests are wanted, and ctest runs none without a word.
+# A distribution's wish for large pieces does no harm; no tests are wanted, and ctest runs none
+# without a word.
 cmake -S "$scratch"/oci-number-* -B "$scratch/unity" -DCMAKE_UNITY_BUILD=ON \
     -DOCI_NUMBER_BUILD_TESTS=OFF -DOCI_NUMBER_BUILD_BENCHMARKS=OFF >/dev/null
 cmake --build "$scratch/unity" -j "$(nproc)" >/dev/null || fail "a unity build fails"
@@ -103,7 +105,8 @@ cmake --build "$scratch/unity" -j "$(nproc)" >/dev/null || fail "a unity build f
 
 # Another folder, the same bytes.
 cmake -S "$scratch"/oci-number-* -B "$scratch/again" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-    -DCMAKE_INSTALL_PREFIX=/usr -DOCI_NUMBER_BUILD_TESTS=OFF -DOCI_NUMBER_BUILD_BENCHMARKS=OFF >/dev/null
+    -DCMAKE_INSTALL_PREFIX=/usr -DOCI_NUMBER_DEBIAN=ON \
+    -DOCI_NUMBER_BUILD_TESTS=OFF -DOCI_NUMBER_BUILD_BENCHMARKS=OFF >/dev/null
 cmake --build "$scratch/again" >/dev/null
 for file in src/liboci_number.so src/liboci_number.a tools/number_tool/ocinumber; do
     cmp "build/package/$file" "$scratch/again/$file" || fail "two builds of $file differ"
