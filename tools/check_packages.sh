@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD
-tools/install_packages.sh pkg-config lintian binutils
+tools/install_packages.sh check_packages
 tools/package.sh >/dev/null
 packages=(build/package/*.deb)
 consumer=$root/tests/install/consumer examples=$root/examples
@@ -102,7 +102,7 @@ cmake --build "$scratch/unity" -j "$(nproc)" >/dev/null || fail "a unity build f
 (cd "$scratch/unity" && ctest -Q) || fail "ctest fails where there are no tests"
 
 # Another folder, the same bytes.
-cmake -S "$scratch"/oci-number-* -B "$scratch/again" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+cmake -S "$scratch"/oci-number-* -B "$scratch/again" -G Ninja -DOCI_NUMBER_DEBIAN=ON -DCMAKE_BUILD_TYPE=Release \
     -DCMAKE_INSTALL_PREFIX=/usr -DOCI_NUMBER_BUILD_TESTS=OFF -DOCI_NUMBER_BUILD_BENCHMARKS=OFF >/dev/null
 cmake --build "$scratch/again" >/dev/null
 for file in src/liboci_number.so src/liboci_number.a tools/number_tool/ocinumber; do

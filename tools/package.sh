@@ -2,7 +2,7 @@
 # Makes the Debian packages and the source archive in build/package.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-tools/install_packages.sh g++ cmake ninja-build libcli11-dev dpkg-dev file python3 doxygen
+tools/install_packages.sh build gcc tool reference package
 
 build=build/package
 cmake -S . -B $build -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr \
