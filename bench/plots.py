@@ -38,16 +38,16 @@ def times(text):
 
 
 def shown(ns):
-    return f"{ns:.0f} ns" if ns < 1000 else f"{ns / 1000:.3g} µs"
+    return f"{int(ns + 0.5)} ns" if ns < 999.5 else f"{ns / 1000:.3g} µs"
 
 
 def bars(title, rows, legend, theme):
     """The SVG of rows: (label, [ns, ...]), one bar each."""
     colours = THEMES[theme]
-    left = 26 + int(6.9 * max(len(label) for label, _ in rows))
+    left = 26 + int(7.4 * max(len(label) for label, _ in rows))
     right, thick, gap, top, width = 70, 13, 12, 78, 780
     values = [ns for _, row in rows for ns in row]
-    low, high = 10 ** math.floor(math.log10(min(values))), max(values)
+    low, high = 1, max(values)
     scale = (width - left - right) / math.log10(high / low)
     height = top + sum(len(row) * thick + gap for _, row in rows) + 34
     out = [f'<svg xmlns="http://www.w3.org/2000/svg" width="{width}" height="{height}" '
@@ -95,11 +95,11 @@ def write_plots(text, folder):
         columns = zip(*(calculations[name] for name in names))
         return [math.exp(sum(map(math.log, column)) / len(column)) for column in columns]
 
-    plots = {"overview": ("Time of a call with 40 digits, geometric means: shorter is faster",
+    plots = {"overview": ("Time of a call with 40 digits (geometric means, logarithmic scale)",
                           [(label, mean(names)) for label, names in OVERVIEW.items()],
                           [f"{OURS}, correctly rounded in decimal", *PEERS])}
     for group, names in GROUPS.items():
-        plots[group] = (f"{group.capitalize()}, 40 digits: time of a call",
+        plots[group] = (f"{group.capitalize()}, 40 digits: time of a call, logarithmic scale",
                         [(f"OCINumber{name}", calculations[name]) for name in names],
                         [OURS, *PEERS])
     # Each with a peer of its own.
@@ -110,7 +110,7 @@ def write_plots(text, folder):
                 label = title.replace("OCINumber", "")
                 name = peer.replace("cpp_dec_float<40>", "Boost")
                 conversions.append((f"{label} / {name}", [row[OURS], row[peer]]))
-    plots["conversions"] = ("Text, reals and integers: time of a call", conversions,
+    plots["conversions"] = ("Text, reals and integers: time of a call, logarithmic scale", conversions,
                             [OURS, "the function behind the stroke"])
     folder.mkdir(exist_ok=True)
     for name, (title, rows, legend) in plots.items():
