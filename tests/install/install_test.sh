@@ -15,8 +15,7 @@ prefix=$scratch/prefix
 
 cmake --install "$build" --prefix "$prefix" >/dev/null
 
-# The configuration's name is part of one file's name. Of the documents there are the licence,
-# the README, the changelog and a folder.
+# The configuration's name is part of one file's name.
 diff <(LC_ALL=C sort <<<"include/oci.h
 include/oci_number.hpp
 include/oci_number_log.h
@@ -39,8 +38,8 @@ share/zsh/site-functions/_ocinumber}") \
     <(cd "$prefix" && find . ! -type d ! -path './share/doc/*' \
         ! -name 'ocinumber-*.1' ! -path './share/man/man3/*' -printf '%P\n' |
         sed 's/targets-.*\.cmake/targets-CONFIG.cmake/' | LC_ALL=C sort)
-diff <(printf '%s\n' CHANGELOG.md LICENSE README.md docs) \
-    <(cd "$prefix/share/doc/oci_number" && LC_ALL=C ls)
+diff <(printf '%s\n' CHANGELOG.md CONTRIBUTING.md LICENSE README.md SECURITY.md docs examples) \
+    <(cd "$prefix/share/doc/oci_number" && LC_ALL=C ls -I reference)
 
 # A manual page for every function that programs may call.
 for function in $(grep -v '^#' "$exports"); do
