@@ -263,6 +263,16 @@ class Tables(unittest.TestCase):
                     self.assertTrue(re.search(rf"{re.escape(stem)}[.`{{]", known) or
                                     f"{path.parent.name}/`" in known)
 
+    def test_package_groups(self):
+        groups = re.findall(r"^(\w+) ", (SOURCE / "tools/packages.txt").read_text(), re.M)
+        scripts = [SOURCE / name for name in ("run", "test", ".ci/run", ".devcontainer/Dockerfile")]
+        for script in [*scripts, *(SOURCE / "tools").glob("*.sh")]:
+            text = script.read_text().replace("\\\n", "")
+            for called in re.findall(r"^[^#\n]*/install_packages\.sh\"?((?: +[\w\"$]+)+)", text, re.M):
+                for group in called.split():
+                    with self.subTest(f"{script.name}: {group}"):
+                        self.assertTrue("$" in group or group in groups)
+
     def test_plots(self):
         sys.path.insert(0, str(SOURCE / "bench"))
         import plots
