@@ -75,7 +75,7 @@ def read_c(path):
 
 
 def is_code(lines):
-    return any(re.search(r"[;{]( |$)|^#include", line) for line in lines)
+    return any(re.search(r"[(=].*;|\{$|^#include|^\w+ \w+;$", line) for line in lines)
 
 
 def parted(lines):

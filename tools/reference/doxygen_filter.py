@@ -58,10 +58,14 @@ def filter_c():
 
 
 def filter_cpp():
-    """Comments in front of declarations at the level of a namespace or class, not in functions."""
-    lines = PATH.read_text(encoding="utf-8").splitlines() + [""]
-    comment, in_class, first = [], False, True
-    for line in lines:
+    """Comments in front of declarations at the level of a namespace or class, not in functions.
+    A function without one says which function of C it calls."""
+    text = PATH.read_text(encoding="utf-8")
+    opening = re.match(r"/\*.*?\*/\n|(//.*\n)+", text, re.S if text.startswith("/*") else 0)[0]
+    print(f"/** @file\n{marked(plain(opening))}*/")
+    comment, in_class = [], False
+    lines = text[len(opening):].splitlines()
+    for at, line in enumerate(lines):
         indent = len(line) - len(line.lstrip())
         if indent == 0 and re.match(r"(class|struct|enum)\b[^;]*$", line):
             in_class = True
@@ -72,12 +76,12 @@ def filter_cpp():
             comment.append(line.strip())
             continue
         if comment:
-            text = marked(plain("\n".join(comment)))
-            if first:
-                print(f"/** @file\n{text}*/")
-            elif line and not line.startswith("extern"):
-                print(f"/** {text}*/")
-            comment, first = [], False
+            if line and not line.startswith("extern"):
+                print(f"/** {marked(plain(chr(10).join(comment)))}*/")
+            comment = []
+        elif indent == 0 and (called := re.match(
+                r"inline number \w+\([^<\n]*\n?[^<\n]*<(OCINumber\w+)>", "\n".join(lines[at:at + 2]))):
+            print(f"/** As #{called[1]}. */")
         if not line.startswith("extern"):
             print(line)
         if line == "}  // namespace oci":
