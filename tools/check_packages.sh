@@ -115,15 +115,17 @@ for way in -DFOLDER="$(echo "$scratch"/oci-number-*)" -DARCHIVE="$(echo "$PWD"/b
     fi
 done
 
-# A distribution's wish for large pieces does no harm; no tests are wanted, and ctest runs none without a word.
+# A distribution's wish for large pieces does no harm; no tests are wanted, and ctest runs none
+# without a word.
 cmake -S "$scratch"/oci-number-* -B "$scratch/unity" -DCMAKE_UNITY_BUILD=ON \
     -DOCI_NUMBER_BUILD_TESTS=OFF -DOCI_NUMBER_BUILD_BENCHMARKS=OFF >/dev/null
 cmake --build "$scratch/unity" -j "$(nproc)" >/dev/null || fail "a unity build fails"
 (cd "$scratch/unity" && ctest -Q) || fail "ctest fails where there are no tests"
 
 # Another folder, the same bytes.
-cmake -S "$scratch"/oci-number-* -B "$scratch/again" -G Ninja -DOCI_NUMBER_DEBIAN=ON -DOCI_NUMBER_REFERENCE=ON -DCMAKE_BUILD_TYPE=Release \
-    -DCMAKE_INSTALL_PREFIX=/usr -DOCI_NUMBER_BUILD_TESTS=OFF -DOCI_NUMBER_BUILD_BENCHMARKS=OFF >/dev/null
+cmake -S "$scratch"/oci-number-* -B "$scratch/again" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+    -DCMAKE_INSTALL_PREFIX=/usr -DOCI_NUMBER_DEBIAN=ON -DOCI_NUMBER_REFERENCE=ON \
+    -DOCI_NUMBER_BUILD_TESTS=OFF -DOCI_NUMBER_BUILD_BENCHMARKS=OFF >/dev/null
 cmake --build "$scratch/again" >/dev/null
 for file in src/liboci_number.so src/liboci_number.a tools/number_tool/ocinumber; do
     cmp "build/package/$file" "$scratch/again/$file" || fail "two builds of $file differ"

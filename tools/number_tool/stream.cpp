@@ -26,9 +26,9 @@ namespace {
 
 // Results of a block go out together, or when they have become this many bytes.
 constexpr size_t max_held = size_t{1} << 18;
-constexpr size_t block_size = size_t{1} << 16;
-// More jobs wait for one another less often when blocks are longer.
-constexpr size_t parallel_block_size = size_t{1} << 18;
+// Long blocks are read and written by few calls of the system, and jobs wait for one another less
+// often.
+constexpr size_t block_size = size_t{1} << 18;
 
 // A thread ends because another one has failed.
 struct Stopped {};
@@ -96,7 +96,7 @@ public:
           input_(options.inputs, options.framing,
                  options.fields.empty() && !options.reads_columns ? std::nullopt
                                                                   : std::optional(options.dialect),
-                 options.jobs > 1 ? parallel_block_size : block_size, out, wake_.fd()),
+                 block_size, out, wake_.fd()),
           progress_(options.has_progress && !out.is_terminal() && isatty(STDERR_FILENO) != 0,
                     input_.bytes_in_all()) {}
 
