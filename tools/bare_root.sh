@@ -3,16 +3,23 @@
 # own that holds only what Debian always has and the committed sources, so that
 # a package that a script uses but does not name is found missing.
 #
-#   tools/bare_root.sh                       ./run, ./test, ./test clang
+#   tools/bare_root.sh                       ./run, ./test, ./test clang, and the installation
 #   tools/bare_root.sh ./test './test asan'  these commands
 #
 # Needs root and some 3 GB in the folder for temporary files; needs no more of
 # the machine than its network and its Debian sources.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-[[ $# -gt 0 ]] || set -- ./run ./test './test clang'
+installation='
+    tools/install_packages.sh build gcc tool
+    cmake --preset release -DOCI_NUMBER_BUILD_TESTS=OFF -DOCI_NUMBER_BUILD_BENCHMARKS=OFF
+    cmake --build --preset release
+    cmake --install build/release --prefix /usr/local
+    ldconfig
+    ocinumber encode 1'
+[[ $# -gt 0 ]] || set -- ./run ./test './test clang' "set -e; $installation"
 
-tools/install_packages.sh git mmdebstrap
+tools/install_packages.sh bare_root
 
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
