@@ -137,7 +137,7 @@ class Documents(unittest.TestCase):
                      "cmake_minimum_required(VERSION 3.22)\nproject(page LANGUAGES C CXX)\n"
                      "add_executable(program program.c)\n")
             (folder / "CMakeLists.txt").write_text(frame + block.text, encoding="utf-8")
-            status, said = self.shell("cmake -S . -B by_cmake && cmake --build by_cmake", folder)
+            status, said = self.shell("cmake -G Ninja -S . -B by_cmake && cmake --build by_cmake", folder)
             self.assertEqual(status, 0, said)
         elif block.language == "sh":
             status, said = self.shell("set -e\n" + block.text, folder)
