@@ -46,7 +46,7 @@ def main():
     seed = int(sys.argv[2]) if len(sys.argv) > 2 else secrets.randbelow(10 ** 9)
     os.chdir(os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
     subprocess.run(["cmake", "--preset", "release"], check=True, stdout=subprocess.DEVNULL)
-    subprocess.run(["cmake", "--build", "--preset", "release", "--target", "comma_locale",
+    subprocess.run(["cmake", "--build", "--preset", "release", "--target", "locales",
                     "number_tests", "calc_number_tests", "--", "--quiet"], check=True)
     print(f"from seed {seed}")
     mismatches = 0
