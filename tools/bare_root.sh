@@ -37,8 +37,8 @@ done
 
 mmdebstrap --quiet --variant=minbase --aptopt="$scratch/proxy" bookworm "$scratch/bare.tar" "${mirrors[@]}"
 
-# /proc is mounted in a mount namespace of the command's own: it goes when the
-# command ends, and with it whatever the command left running.
+# /proc and terminals are mounted in a mount namespace of the command's own: it goes when
+# the command ends, and with it whatever the command left running.
 run_in_bare_root() {
     local root=$scratch/root
     mkdir "$root"
@@ -47,7 +47,11 @@ run_in_bare_root() {
     mkdir "$root/sources"
     git archive HEAD | tar -x -C "$root/sources"
     unshare --fork --pid --kill-child --mount-proc="$root/proc" \
-        chroot "$root" env -i "${settings[@]}" bash -c "cd /sources && $1" </dev/null
+        chroot "$root" env -i "${settings[@]}" bash -c "
+            mkdir -p /dev/pts
+            mount -t devpts -o newinstance,ptmxmode=0666 devpts /dev/pts
+            ln -sf pts/ptmx /dev/ptmx
+            cd /sources && $1" </dev/null
     rm -rf "$root"
 }
 
