@@ -30,7 +30,7 @@ for file in /etc/apt/sources.list /etc/apt/sources.list.d/debian.sources; do
     if grep -qsw bookworm "$file"; then mirrors+=("$file"); fi
 done
 apt-config dump | grep -E '^Acquire::(http|https)::Proxy' >"$scratch/proxy" || true
-settings=(PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root)
+settings=(PATH=/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin HOME=/root)
 for name in http_proxy https_proxy no_proxy; do
     if [[ -n ${!name-} ]]; then settings+=("$name=${!name}"); fi
 done
