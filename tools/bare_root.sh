@@ -30,15 +30,15 @@ for file in /etc/apt/sources.list /etc/apt/sources.list.d/debian.sources; do
     if grep -qsw bookworm "$file"; then mirrors+=("$file"); fi
 done
 apt-config dump | grep -E '^Acquire::(http|https)::Proxy' >"$scratch/proxy" || true
-settings=(PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root)
+settings=(PATH=/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin HOME=/root)
 for name in http_proxy https_proxy no_proxy; do
     if [[ -n ${!name-} ]]; then settings+=("$name=${!name}"); fi
 done
 
 mmdebstrap --quiet --variant=minbase --aptopt="$scratch/proxy" bookworm "$scratch/bare.tar" "${mirrors[@]}"
 
-# /proc is mounted in a mount namespace of the command's own: it goes when the
-# command ends, and with it whatever the command left running.
+# /proc and terminals are mounted in a mount namespace of the command's own: it goes when
+# the command ends, and with it whatever the command left running.
 run_in_bare_root() {
     local root=$scratch/root
     mkdir "$root"
@@ -47,7 +47,11 @@ run_in_bare_root() {
     mkdir "$root/sources"
     git archive HEAD | tar -x -C "$root/sources"
     unshare --fork --pid --kill-child --mount-proc="$root/proc" \
-        chroot "$root" env -i "${settings[@]}" bash -c "cd /sources && $1" </dev/null
+        chroot "$root" env -i "${settings[@]}" bash -c "
+            mkdir -p /dev/pts
+            mount -t devpts -o newinstance,ptmxmode=0666 devpts /dev/pts
+            ln -sf pts/ptmx /dev/ptmx
+            cd /sources && $1" </dev/null
     rm -rf "$root"
 }
 
