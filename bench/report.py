@@ -2,10 +2,10 @@
 """Runs the benchmarks and writes their last results into the documents.
 
     bench/report.py [BUILD_FOLDER]        default build/release
+    bench/report.py --plots               draws the plots again, from the tables as they stand
 
-Writes the tables of docs/benchmarks.md (between the markers there) and the plot
-docs/benchmarks.svg. Needs valgrind for the instruction counts and matplotlib for
-the plot.
+Writes the tables of docs/benchmarks.md (between the markers there) and the plots in
+docs/plots. Needs valgrind for the instruction counts.
 """
 import json
 import pathlib
@@ -13,6 +13,8 @@ import re
 import subprocess
 import sys
 import tempfile
+
+from plots import write_plots
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 BUILD = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ROOT / "build/release").resolve()
@@ -143,31 +145,12 @@ def counts():
     return "\n".join(lines)
 
 
-def plot(times):
-    import matplotlib
-    matplotlib.use("Agg")
-    matplotlib.rcParams["svg.hashsalt"] = "benchmarks"
-    from matplotlib import pyplot
-
-    figure, axes = pyplot.subplots(figsize=(9, 8))
-    for offset, (peer, colour) in enumerate([("boost", "#8888cc"), ("mpfr", "#cc8844"),
-                                             ("arb", "#449966")]):
-        ratios = [times[f"{n}/40/oci"] / times[f"{n}/40/{peer}"] for n in ORDER]
-        axes.barh([i + 0.25 * offset for i in range(len(ORDER))], ratios, 0.25,
-                  label=f"time against {peer}", color=colour)
-    axes.axvline(1, color="black", linewidth=0.8)
-    axes.set_xscale("log")
-    axes.set_yticks([i + 0.25 for i in range(len(ORDER))], ORDER)
-    axes.invert_yaxis()
-    axes.set_xlabel("time of the exported call / time of the peer's bare operation, 40 digits")
-    axes.legend()
-    figure.tight_layout()
-    figure.savefig(ROOT / "docs/benchmarks.svg", metadata={"Date": None, "Creator": None})
-
-
 def main():
     page = ROOT / "docs/benchmarks.md"
     text = page.read_text()
+    if sys.argv[1:] == ["--plots"]:
+        write_plots(text, ROOT / "docs/plots")
+        return
 
     def put(marker, content):
         nonlocal text
@@ -180,9 +163,9 @@ def main():
     put("columns", table(COLUMN, run("bench_column", "ns")))
     times = run("bench_calc")
     put("calculations", table(calculations(), times))
-    plot(times)
     put("counts", counts())
     page.write_text(text)
+    write_plots(text, ROOT / "docs/plots")
 
 
 if __name__ == "__main__":

@@ -8,8 +8,9 @@ install(FILES include/oratypes.h include/oci.h include/oci_number_arrow.h
 install(TARGETS ${oci_number_libraries} EXPORT oci_number_targets
   LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
   ARCHIVE COMPONENT development)
-install(FILES LICENSE README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documents)
-install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT documents)
+install(FILES LICENSE README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md
+        DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documents)
+install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documents)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/oci_number)
 install(EXPORT oci_number_targets NAMESPACE oci:: DESTINATION ${package_dir}
         COMPONENT development)

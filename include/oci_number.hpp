@@ -11,25 +11,29 @@
  *   }
  *
  * Results, roundings and errors are those of the functions of oci.h, which do the work. What
- * differs is named here:
+ * differs is named here.
  *
- * Conversions. Integers of all types become numbers by themselves, without loss; reals and text
- *   by name (oci::number(0.1), oci::number("1E-3")). All ways out are explicit.
+ * Conversions: integers of all types become numbers by themselves, without loss; reals and text
+ * by name (oci::number(0.1), oci::number("1E-3")). All ways out are explicit.
+ *
  * Order and equality are numeric and total: two forms of a value (1.0 kept with a zero digit) are
- *   equal and have one hash, negative infinity is the lowest value, positive the highest.
+ * equal and have one hash, negative infinity is the lowest value, positive the highest.
+ *
  * ++ and -- add and subtract 1 from any value, as OCINumberInc and OCINumberDec do not.
+ *
  * Failures become an oci::error, which has the error's number and message. Functions whose last
- *   parameter is an on_error take a std::error_code there instead, throw nothing then, and
- *   return zero when they fail:
+ * parameter is an on_error take a std::error_code there instead, throw nothing then, and
+ * return zero when they fail:
  *
- *       std::error_code ec;
- *       oci::number root = sqrt(x, ec);
- *       if (ec == oci::errc::invalid_number) ...
+ *     std::error_code ec;
+ *     oci::number root = sqrt(x, ec);
+ *     if (ec == oci::errc::invalid_number) ...
  *
- *   Operators have named functions beside them for that: add, sub, mul, div, mod.
- * Threads. Numbers are plain values. The error handle that the functions need is the calling
- *   thread's own; it is made by the thread's first call and freed when the thread ends. (One that
- *   the destructor of a thread_local object needs after that is not.)
+ * Operators have named functions beside them for that: add, sub, mul, div, mod.
+ *
+ * Threads: numbers are plain values. The error handle that the functions need is the calling
+ * thread's own; it is made by the thread's first call and freed when the thread ends. (One that
+ * the destructor of a thread_local object needs after that is not.)
  *
  * Without exceptions (-fno-exceptions), a failure that nobody takes ends the program. */
 #ifndef OCI_NUMBER_HPP

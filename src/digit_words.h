@@ -203,7 +203,8 @@ inline void write_first_digits(OCINumber &n, bool negative, const Digits &d, uns
     ub1 *const bytes = n.OCINumberPart + 2;
     const Digits &keep = first_digits(count);
     const auto blend = [&](int i, ub8 former) {
-        return ((encode(d.word[i], number_bytes::flip(negative)) ^ former) & keep.word[i]) ^ former;
+        return number_bytes::blend(encode(d.word[i], number_bytes::flip(negative)), former,
+                                   keep.word[i]);
     };
     store(bytes, blend(0, load(bytes)));
     store(bytes + 8, blend(1, load(bytes + 8)));

@@ -64,6 +64,7 @@ bool is_file_we_opened(const Destination &d) {
 // Text of any length: on the stack when it is short, else on the heap.
 class TextBuffer {
 public:
+    // cppcheck-suppress uninitMemberVar ; written before it is read
     TextBuffer() = default;
     TextBuffer(const TextBuffer &) = delete;
     TextBuffer &operator=(const TextBuffer &) = delete;

@@ -6,7 +6,7 @@
 #   tools/check_abi.sh --accept   takes what there is for the released state
 set -euo pipefail
 cd "$(dirname "$0")/.."
-tools/install_packages.sh g++ cmake ninja-build abigail-tools
+tools/install_packages.sh build gcc abi
 
 released=tests/abi/liboci_number.abi
 build=build/abi

@@ -1,12 +1,12 @@
 #!/bin/bash
-# Makes the packages, installs them into an empty folder, builds and runs the examples against what
-# landed there by pkg-config and find_package, and as parts of other projects by add_subdirectory
-# and FetchContent, builds the source archive in another folder to the same bytes and runs its tests,
-# looks at how the files were built, and removes the packages again.
+# Makes the packages, installs them into an empty folder, looks for every document, builds and runs
+# the examples against what landed there by pkg-config and find_package, and as parts of other
+# projects by add_subdirectory and FetchContent, builds the source archive in another folder to the
+# same bytes, looks at how the files were built, and removes the packages again.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD
-tools/install_packages.sh pkg-config lintian binutils
+tools/install_packages.sh check_packages
 tools/package.sh >/dev/null
 packages=(build/package/*.deb)
 consumer=$root/tests/install/consumer examples=$root/examples
@@ -30,6 +30,25 @@ as_root=()
 dpkg_tree() { "${as_root[@]}" dpkg --root="$tree" --log=/dev/null --force-depends --force-script-chrootless "$@" >/dev/null 2>&1; }
 dpkg_tree --install "${packages[@]}" || fail "dpkg does not install the packages"
 [[ $(installed | wc -l) -gt 30 ]] || fail "few files were installed"
+
+# The documents: what the README's links lead to, and the reference, in which no function is missing.
+for file in README.md docs/moving.md docs/plots/overview-dark.svg examples/invoice.c reference/index.html; do
+    [[ -s $tree/usr/share/doc/oci_number/$file ]] || fail "the documents have no $file"
+done
+for function in $(grep -v '^#' cmake/exports.txt); do
+    page=$tree/usr/share/man/man3/$function.3.gz
+    [[ -s $page ]] || fail "$function has no manual page"
+    # The functions of one comment share a page; the others' names only lead there.
+    if ! zgrep -q '^\.so ' "$page"; then
+        warnings=$(LC_ALL=C.UTF-8 man --warnings -E UTF-8 -l "$page" 2>&1 >/dev/null)
+        [[ -z $warnings ]] || fail "the manual page of $function: $warnings"
+    fi
+    grep -rq "$function" "$tree"/usr/share/doc/oci_number/reference/group*.html ||
+        fail "the reference has no $function"
+done
+if grep -rlF "$root" "$tree/usr/share/doc" "$tree/usr/share/man"; then
+    fail "these documents name the folder that they were built in"
+fi
 
 libdir=$(dirname "$(find "$tree/usr" -name liboci_number.so)")
 LD_LIBRARY_PATH=$libdir "$tree/usr/bin/ocinumber" encode 1 >/dev/null || fail "the installed tool does not run"
@@ -105,12 +124,15 @@ cmake --build "$scratch/unity" -j "$(nproc)" >/dev/null || fail "a unity build f
 
 # Another folder, the same bytes.
 cmake -S "$scratch"/oci-number-* -B "$scratch/again" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-    -DCMAKE_INSTALL_PREFIX=/usr -DOCI_NUMBER_DEBIAN=ON \
+    -DCMAKE_INSTALL_PREFIX=/usr -DOCI_NUMBER_DEBIAN=ON -DOCI_NUMBER_REFERENCE=ON \
     -DOCI_NUMBER_BUILD_TESTS=OFF -DOCI_NUMBER_BUILD_BENCHMARKS=OFF >/dev/null
 cmake --build "$scratch/again" >/dev/null
 for file in src/liboci_number.so src/liboci_number.a tools/number_tool/ocinumber; do
     cmp "build/package/$file" "$scratch/again/$file" || fail "two builds of $file differ"
 done
+diff -r build/package/reference/html "$scratch/again/reference/html" &&
+    diff -r build/package/reference/man3 "$scratch/again/reference/man3" ||
+    fail "two builds of the reference differ"
 
 # Hardening, on the files as they are shipped.
 library=$libdir/liboci_number.so.0

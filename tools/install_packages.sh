@@ -1,11 +1,24 @@
 #!/bin/bash
-# Installs the Debian packages named as arguments that are missing. Says nothing
-# when all are there; otherwise apt-get's output goes to standard error.
+# Installs what is missing of the named groups of tools/packages.txt. Says nothing
+# when all is there; otherwise apt-get's output goes to standard error.
+#
+#   tools/install_packages.sh build gcc test
 set -euo pipefail
+list=$(dirname "$0")/packages.txt
+
+packages=()
+for group in "$@"; do
+    members=$(sed -n "s/^$group  *//p" "$list")
+    if [[ -z $members ]]; then
+        echo "$list has no group \"$group\"" >&2
+        exit 1
+    fi
+    packages+=($members)
+done
 
 # Of a package that is installed for several architectures, this machine's counts.
 missing=()
-for package in "$@"; do
+for package in "${packages[@]}"; do
     architecture=$(dpkg --print-architecture)
     [[ $package != *:* ]] || architecture=${package#*:}
     dpkg-query -W -f='${Architecture} ${db:Status-Status}\n' "$package" 2>/dev/null |

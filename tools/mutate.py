@@ -31,7 +31,7 @@ import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 KNOWN = ROOT / "docs" / "mutants.md"
-SLOW_TESTS = "^install$"
+SLOW_TESTS = "^(install|documents)$"
 TEST_SECONDS = 30  # the slowest test takes two; more is an endless loop
 
 # What only the compiler sees is blank here: no test could notice a change.

@@ -33,6 +33,7 @@ bool read_digits(const QZCICalcNumber &n, Shown &d) {
         text[2 * i] = static_cast<char>('0' + digit / 10);
         text[2 * i + 1] = static_cast<char>('0' + digit % 10);
     }
+    // cppcheck-suppress uninitvar ; the window is not empty
     const int first = text[0] == '0' ? 1 : 0;
     int length = max_digits;
     while (text[length - 1] == '0') --length;

@@ -45,6 +45,7 @@ struct Natural {
     ub8 limbs[192];
     unsigned size = 0;
 
+    // cppcheck-suppress uninitMemberVar ; limbs behind `size` are not read
     Natural() = default;
     explicit Natural(ub16 value) {
         for (; value != 0; value >>= 64) limbs[size++] = static_cast<ub8>(value);

@@ -36,6 +36,7 @@ constexpr PowersOfTen powers_of_ten = [] {
 // floor(b * log10(2)), exact for the exponents of any long double: the first
 // multiple of log10(2) that is nearer to an integer than the constant's error
 // lies beyond b = 28738.
+// cppcheck-suppress shiftTooManyBits ; the product has 64 bits
 int decimal_exponent_of_power_of_2(int b) { return static_cast<int>((sb8{b} * 1292913986) >> 32); }
 
 }  // namespace

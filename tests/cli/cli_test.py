@@ -8,7 +8,6 @@ import os
 import random
 import re
 import shlex
-import shutil
 import subprocess
 import sys
 import tempfile
@@ -132,30 +131,6 @@ class Tables(unittest.TestCase):
             self.assertLess(max(map(len, out.splitlines())), 80, arguments)
             if len(arguments) == 2:
                 self.assertEqual(run("help", arguments[0])[1], out)
-
-
-def session(*names):
-    """The commands of a page's indented blocks, "$ " in front, and what is shown behind each."""
-    for name in names:
-        with open(os.path.join(SOURCE, name), encoding="utf-8") as page:
-            blocks = re.findall(r"(?:^    .*\n)+", page.read(), re.M)
-        for block in blocks:
-            for shown in re.split(r"^    \$ ", block, flags=re.M)[1:]:
-                command, *lines = shown.splitlines()
-                yield command, "".join(line[4:] + "\n" for line in lines)
-
-
-class Documents(unittest.TestCase):
-    def test_examples(self):
-        path = os.path.dirname(TOOL) + ":" + os.environ["PATH"]
-        for command, shown in session("docs/tool.md"):
-            if "parallel" in command and not shutil.which("parallel"):
-                continue
-            with self.subTest(command):
-                done = subprocess.run(["bash", "-c", command], capture_output=True, timeout=60,
-                                      text=True, cwd=os.path.join(SOURCE, "examples"),
-                                      env={**os.environ, "PATH": path})
-                self.assertEqual(done.stdout + done.stderr, shown)
 
 
 class Conversions(unittest.TestCase):

@@ -8,14 +8,14 @@
 set -euo pipefail
 build=$1 libdir=$2 version=$3 tool=${4-}
 source=$(cd "$(dirname "$0")/consumer" && pwd)
+exports=$source/../../../cmake/exports.txt
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 prefix=$scratch/prefix
 
 cmake --install "$build" --prefix "$prefix" >/dev/null
 
-# The configuration's name is part of one file's name. Of the documents there are the licence,
-# the README, the changelog and a folder.
+# The configuration's name is part of one file's name.
 diff <(LC_ALL=C sort <<<"include/oci.h
 include/oci_number.hpp
 include/oci_number_arrow.h
@@ -37,10 +37,19 @@ share/bash-completion/completions/ocinumber
 share/fish/vendor_completions.d/ocinumber.fish
 share/man/man1/ocinumber.1
 share/zsh/site-functions/_ocinumber}") \
-    <(cd "$prefix" && find . ! -type d ! -path './share/doc/*' ! -name 'ocinumber-*.1' -printf '%P\n' |
+    <(cd "$prefix" && find . ! -type d ! -path './share/doc/*' \
+        ! -name 'ocinumber-*.1' ! -path './share/man/man3/*' -printf '%P\n' |
         sed 's/targets-.*\.cmake/targets-CONFIG.cmake/' | LC_ALL=C sort)
-diff <(printf '%s\n' CHANGELOG.md LICENSE README.md docs) \
-    <(cd "$prefix/share/doc/oci_number" && LC_ALL=C ls)
+diff <(printf '%s\n' CHANGELOG.md CONTRIBUTING.md LICENSE README.md SECURITY.md docs examples) \
+    <(cd "$prefix/share/doc/oci_number" && LC_ALL=C ls -I reference)
+
+# A manual page for every function that programs may call.
+for function in $(grep -v '^#' "$exports"); do
+    [[ ! -d $prefix/share/man/man3 || -f $prefix/share/man/man3/$function.3 ]] || {
+        echo "no manual page of $function was installed" >&2
+        exit 1
+    }
+done
 
 # No text file of the installed package names the place that it was built in.
 if grep -rlIF -e "$build" -e "$(dirname "$(dirname "$(dirname "$source")")")" "$prefix"; then

@@ -1,4 +1,5 @@
 // All that may be seen of calls of the conversions and constants, by a table.
+#include "support/surroundings.h"
 #include "support/values.h"
 
 namespace {
@@ -29,9 +30,9 @@ Outcome call(OCIError *err, const std::vector<std::string> &c) {
         return finish(OCI_SUCCESS);
     }
     if (function == "FromReal") {
-        const float single = std::strtof(input.c_str(), nullptr);
-        const double twice = std::strtod(input.c_str(), nullptr);
-        const long double extended = std::strtold(input.c_str(), nullptr);
+        const float single = parsed<float>(input);
+        const double twice = parsed<double>(input);
+        const long double extended = parsed<long double>(input);
         const void *real = &twice;
         if (size == sizeof single) real = &single;
         if (size == sizeof extended) real = &extended;

@@ -23,19 +23,6 @@ protected:
 // A real as exact bits: those of a long double, by value.
 std::string hex(long double value) { return text("%La", value); }
 
-// The real of a text, whose point the locale has no part in.
-template <class Real>
-Real parsed(const std::string &s) {
-    static const locale_t c = newlocale(LC_ALL_MASK, "C", nullptr);
-    if constexpr (sizeof(Real) == 4) {
-        return strtof_l(s.c_str(), nullptr, c);
-    } else if constexpr (sizeof(Real) == 8) {
-        return strtod_l(s.c_str(), nullptr, c);
-    } else {
-        return strtold_l(s.c_str(), nullptr, c);
-    }
-}
-
 // ---- Number to real
 
 // The stored real; "overflow", or "refused" without an error. Number and real end at the

@@ -15,21 +15,6 @@ const Function::Call codec = [](auto, auto n, auto, auto, auto r) {
     return status != 0 ? status : getNumberFromStr(r, text, size);
 };
 
-// A number as the format has it, normal form aside.
-bool is_well_formed(const OCINumber &n) {
-    const ub1 *b = n.OCINumberPart;
-    if (b[0] == 1) return b[1] == 0 || b[1] == 128;
-    if (b[0] == 2 && b[1] == 255 && b[2] == 101) return true;
-    if (b[0] < 2 || b[0] > 21 || b[1] == 127 || b[1] == 128) return false;
-    const bool negative = b[1] < 128;
-    const int last = b[0] - (negative && b[b[0]] == 102 ? 1 : 0);
-    if (negative && last == b[0] && last != 21) return false;
-    for (int i = 2; i <= last; ++i) {
-        if (negative ? b[i] < 2 || b[i] > 101 : b[i] < 1 || b[i] > 100) return false;
-    }
-    return last >= 2;
-}
-
 // Any bytes behind a length byte; or a number but for what follows its value.
 OCINumber random_record(std::mt19937_64 &random, int length, bool is_number) {
     OCINumber n;

@@ -52,6 +52,14 @@ public:
         return Decimal(in_units_of(unit) + integer * power_of_ten(-unit), unit);
     }
 
+    Decimal plus(const Decimal &other) const {
+        const long unit = std::min(exponent_, other.exponent_);
+        return Decimal(mpz_class(in_units_of(unit) + other.in_units_of(unit)), unit);
+    }
+    Decimal times(const Decimal &other) const {
+        return Decimal(mpz_class(units_ * other.units_), exponent_ + other.exponent_);
+    }
+
     // Of the quotient that is an integer cut off.
     Decimal remainder(const Decimal &divisor) const {
         const long unit = std::min(exponent_, divisor.exponent_);

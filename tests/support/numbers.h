@@ -50,6 +50,30 @@ inline Bytes value_bytes(const OCINumber &n) {
     return {n.OCINumberPart, n.OCINumberPart + std::min<int>(n.OCINumberPart[0], 21) + 1};
 }
 
+// A number as the format has it, normal form aside.
+inline bool is_well_formed(const OCINumber &n) {
+    const ub1 *b = n.OCINumberPart;
+    if (b[0] == 1) return b[1] == 0 || b[1] == 128;
+    if (b[0] == 2 && b[1] == 255 && b[2] == 101) return true;
+    if (b[0] < 2 || b[0] > 21 || b[1] == 127 || b[1] == 128) return false;
+    const bool negative = b[1] < 128;
+    const int last = b[0] - (negative && b[b[0]] == 102 ? 1 : 0);
+    if (negative && last == b[0] && last != 21) return false;
+    for (int i = 2; i <= last; ++i) {
+        if (negative ? b[i] < 2 || b[i] > 101 : b[i] < 1 || b[i] > 100) return false;
+    }
+    return last >= 2;
+}
+
+// Well formed, and neither its first nor its last digit is zero.
+inline bool is_normal(const OCINumber &n) {
+    if (!is_well_formed(n)) return false;
+    const Bytes bytes = value_bytes(n);
+    if (bytes[0] == 1 || is_infinite(bytes)) return true;
+    const int zero = bytes[1] < 128 ? 101 : 1;
+    return bytes[2] != zero && bytes[bytes.size() - (bytes.back() == 102 ? 2 : 1)] != zero;
+}
+
 // An error handle that tells whether a call touched more than it may.
 class ErrorHandle {
 public:
@@ -85,8 +109,12 @@ inline std::mt19937_64 seeded() {
     return std::mt19937_64{value};
 }
 
-// How many random cases to run: `usual`, times TEST_SCALE.
+// How many random cases to run: `usual`, times TEST_SCALE. The report of the tests has the sum of
+// the counts so far.
 inline long random_cases(long usual) {
+    static long sum = 0;
     const char *scale = std::getenv("TEST_SCALE");
-    return scale != nullptr ? usual * std::strtol(scale, nullptr, 10) : usual;
+    const long cases = scale != nullptr ? usual * std::strtol(scale, nullptr, 10) : usual;
+    ::testing::Test::RecordProperty("cases", std::to_string(sum += cases));
+    return cases;
 }

@@ -1,7 +1,10 @@
 // Settings of the floating-point unit that a program may leave on: no result depends on them.
 #pragma once
 
+#include <locale.h>
+
 #include <cfenv>
+#include <string>
 #if defined __x86_64__
 #include <xmmintrin.h>
 #endif
@@ -32,3 +35,17 @@ public:
 private:
     std::fenv_t former_;
 };
+
+// The real nearest to a text, in all surroundings.
+template <class Real>
+Real parsed(const std::string &s) {
+    static const locale_t c = newlocale(LC_ALL_MASK, "C", nullptr);
+    const Surroundings nearest(0);
+    if constexpr (sizeof(Real) == 4) {
+        return strtof_l(s.c_str(), nullptr, c);
+    } else if constexpr (sizeof(Real) == 8) {
+        return strtod_l(s.c_str(), nullptr, c);
+    } else {
+        return strtold_l(s.c_str(), nullptr, c);
+    }
+}

@@ -184,11 +184,13 @@ bool has_plain_frame(const OCINumber &number, unsigned count, unsigned &digits) 
     if (!has_valid_length(number) || (count != length + 1 && count != OCI_NUMBER_SIZE))
         return false;
     if (length == 1) return bytes[1] == zero_exponent_byte;
-    const bool ends = is_negative(bytes[1]) & (length < max_length);
+    const bool negative = is_negative(bytes[1]), ends = bytes[length] == ending_byte;
     digits = length - 1 - ends;
     // Zero's exponent byte, 128, and its mirror image are those of no digits.
     const bool has_exponent = static_cast<ub1>(bytes[1] - (zero_exponent_byte - 1)) > 1;
-    return (digits > 0) & has_exponent & ((bytes[length] == ending_byte) == ends);
+    // The longest negative value holds 20 digits, or 19 and the ending byte.
+    const bool has_ending = (ends == negative) | (negative & (length == max_length));
+    return (digits > 0) & has_exponent & has_ending;
 }
 
 // Malformed bytes are rare, and told apart by find_faults.

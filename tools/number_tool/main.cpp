@@ -1,13 +1,18 @@
 // ocinumber: the number library on the command line.
 //
 // Exit status: 0 all went well, 1 a value, file or write failed, 2 wrong usage or no memory.
+#include <unistd.h>
+
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <new>
 
 #include "arguments.h"
 #include "commands.h"
+#include "descriptor.h"
 #include "help.h"
 #include "messages.h"
 #include "oci.h"
@@ -64,14 +69,34 @@ int run(int argc, char **argv, Output &out) {
     }
 }
 
+// Without an allocation of its own.
+[[noreturn]] void end_without_memory() {
+    write_all(STDERR_FILENO, "ocinumber: out of memory\n");
+    _exit(2);
+}
+
+// The parser and the language's library call what may throw where no exception comes through.
+[[noreturn]] void end_by_exception() {
+    const std::exception_ptr exception = std::current_exception();
+    try {
+        if (exception) std::rethrow_exception(exception);
+    } catch (const std::bad_alloc &) {
+        end_without_memory();
+    } catch (...) {
+    }
+    std::abort();
+}
+
 }  // namespace
 
 }  // namespace number_tool
 
 int main(int argc, char **argv) {
     using namespace number_tool;
-    // A closed pipe shows as the write's error.
+    // A closed pipe and a file that may not grow show as the write's error.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    std::set_terminate(end_by_exception);
     try {
         Output out;
         const int status = run(argc, argv, out);
@@ -85,7 +110,6 @@ int main(int argc, char **argv) {
         report_last(std::string("standard output: ") + std::strerror(failure.error));
         return 1;
     } catch (const std::bad_alloc &) {
-        report_last("out of memory");
-        return 2;
+        end_without_memory();
     }
 }

@@ -8,6 +8,7 @@ namespace calc {
 // The errors of e^x and a division, and what the difference cancels.
 template <int N>
 int hyperbolic_value(Real<N> &r, Hyperbolic function, const Operand &x) {
+    // cppcheck-suppress compareBoolExpressionWithInt ; it reads < and > as comparisons
     constexpr int bits = exp_bits<N> - 3;
     Real<N> e, t, one;
     to_real(t, x);

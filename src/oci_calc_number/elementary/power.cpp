@@ -129,7 +129,7 @@ template <int N>
 int power_value(Real<N> &r, const Operand &x, const Operand &y) {
     constexpr int max_exp = 9;
     constexpr int bits = ln_bits<N> - max_exp - 2;
-    static_assert(bits < exp_bits<N> - 1);
+    static_assert(bits + 1 < exp_bits<N>);
     Real<N> t, f;
     ln(t, x);
     to_real(f, y);

@@ -108,7 +108,9 @@ int trig_value(Real<N> &r, Trig function, const Operand &x) {
     reduce(angle, x);
     const unsigned q = angle.quadrant;
     Real<N> sine, cosine;
+    // cppcheck-suppress uninitvar ; sin_cos writes what is asked for
     Real<N> *const s = function == Trig::cosine ? nullptr : &sine;
+    // cppcheck-suppress uninitvar
     Real<N> *const c = function == Trig::sine ? nullptr : &cosine;
     // sin(a + pi/2) = cos a, cos(a + pi/2) = -sin a
     sin_cos(q % 2 != 0 ? c : s, q % 2 != 0 ? s : c, angle);
