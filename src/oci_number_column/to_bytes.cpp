@@ -40,7 +40,7 @@ Reason to_numbers(const Column &from, const Column &to, uword options, Tally *ta
 
 struct Text {
     OraText buffer[OCI_NUMBER_MAX_TEXT];
-    OraText *start;
+    OraText *start = buffer;
     sb8 length;
 };
 static_assert(OCI_NUMBER_MAX_TEXT == oci_number::number_text_size);

@@ -25,6 +25,7 @@ public:
     }
 
 protected:
+    // cppcheck-suppress CastIntegerToAddressAtReturn ; it takes the sum for an integer
     ub1 *at(unsigned i) const { return out_ + size_t{size} * i; }
 
 private:
@@ -102,6 +103,7 @@ struct ToDouble : Fixed<sizeof(double)> {
         // What a carry into the integer part leaves is 0, and a unit more there.
         const ub8 high = w.high + (rounded == word_base);
         const auto fraction = (ub16{rounded == word_base ? 0 : rounded} * reciprocal) << 11;
+        // cppcheck-suppress shiftTooManyBits ; the product has 128 bits
         const auto first_bits = static_cast<ub8>(fraction >> 64);
         const ub8 first = high != 0 ? high : first_bits;
         const ub8 second = high != 0 ? first_bits : static_cast<ub8>(fraction);
@@ -114,8 +116,9 @@ struct ToDouble : Fixed<sizeof(double)> {
         if (rest - (half - below) <= below) [[unlikely]]
             return false;
         // The value is q * 2^-zeros, or 2^-(64 + zeros); the hidden bit adds one to the exponent.
-        const auto biased = static_cast<ub8>((high != 0 ? 0 : -64) - zeros + 11 + 52 + 1022);
-        const ub8 bits = (ub8{negative} << 63) + (biased << 52) + (q >> 11) + (rest > half);
+        const int biased = (high != 0 ? 0 : -64) - zeros + 11 + 52 + 1022;
+        const ub8 bits =
+            (ub8{negative} << 63) + (static_cast<ub8>(biased) << 52) + (q >> 11) + (rest > half);
         std::memcpy(at(i), &bits, sizeof bits);
         return true;
     }
