@@ -175,12 +175,12 @@ Py_hash_t hash(const number &n) {
         const int digit = negative ? 101 - bytes[i] : bytes[i] - 1;
         value = (multiply(value, 100) + static_cast<ub8>(digit)) % prime;
     }
-    int exponent = (negative ? 62 - bytes[1] : bytes[1] - 193) - (length - 2);
+    const int exponent = (negative ? 62 - bytes[1] : bytes[1] - 193) - (length - 2);
     if (length < 2) return 0;
-    // 100 to the power prime - 1 is 1, so that all exponents are positive ones.
-    ub8 power = exponent < 0 ? prime - 1 - static_cast<ub8>(-exponent) : static_cast<ub8>(exponent);
-    for (ub8 factor = 100; power != 0; power >>= 1, factor = multiply(factor, factor)) {
-        if (power & 1) value = multiply(value, factor);
+    ub8 factor = exponent < 0 ? 1129863074514710036 : 100;  // whose product is 1
+    for (int power = std::abs(exponent); power != 0; power /= 2) {
+        if (power % 2 != 0) value = multiply(value, factor);
+        factor = multiply(factor, factor);
     }
     const auto result = negative ? -static_cast<Py_hash_t>(value) : static_cast<Py_hash_t>(value);
     return result == -1 ? -2 : result;
