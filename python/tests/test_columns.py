@@ -167,6 +167,9 @@ def test_a_refused_row_is_named(call, row, data, reason):
     (lambda: oci_number.decode(pa.table({"a": [1], "b": [2]}), to="int64"), TypeError),
     (lambda: oci_number.decode(pa.array([True]), to="int64"), TypeError),
     (lambda: oci_number.encode([1], to="int64"), TypeError),
+    (lambda: oci_number.add(pa.chunked_array([["1"], ["2"]]), 1), TypeError),
+    (lambda: oci_number.decode(pa.StructArray.from_arrays(
+        [pa.array([b"\x80"])], ["n"], mask=pa.array([True])), to="int64"), TypeError),
     (lambda: oci_number.add([1], [1, 2]), ValueError),
     (lambda: oci_number.add(1, 2), TypeError),
     (lambda: np.asarray(oci_number.decode([None], to="int64")), ValueError),

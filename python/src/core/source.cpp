@@ -92,6 +92,9 @@ const oci_number_column &Source::part_of(size_t &row) const {
 }
 
 void Source::join() {
+    for (const oci_number_column &part : parts_) {
+        if (part.form > OCI_NUMBER_BYTES_64) refuse_type("its rows are other values");
+    }
     if (parts_.size() == 1) return;
     oci_number_column all = {};
     all.form = OCI_NUMBER_RECORDS;
@@ -108,9 +111,7 @@ void Source::join() {
         oci_number_column_slice(&all, row, part.length, &to);
         // A row of a length that no number has stays one, for what reads it next.
         oci_number_tally tally;
-        if (oci_number_column_convert(&part, &to, OCI_NUMBER_NULL, &tally) != OCI_NUMBER_DONE) {
-            refuse_type("its parts are no numbers");
-        }
+        oci_number_column_convert(&part, &to, OCI_NUMBER_NULL, &tally);
         for (size_t i = 0; tally.refused > 0 && i < part.length; ++i) {
             const size_t bit = to.validity_offset + i;
             if (is_valid(part, i)) to.validity[bit / 8] |= static_cast<ub1>(1u << bit % 8);
@@ -128,6 +129,9 @@ void Source::take_array(const ArrowSchema *schema, const ArrowArray *array) {
     if (std::strcmp(schema->format, "+s") == 0) {
         if (schema->n_children != 1 || array->n_children != 1) {
             refuse_type("a table of " + std::to_string(schema->n_children) + " columns");
+        }
+        if (array->null_count != 0 && array->n_buffers > 0 && array->buffers[0] != nullptr) {
+            refuse_type("a struct with nulls of its own");
         }
         child = *array->children[0];
         child.offset += array->offset;
