@@ -9,8 +9,8 @@ cd "$(dirname "$0")/.."
 
 lines() { git ls-files -z "$@" ':!*.inc' | xargs -0 cat | grep -c '[^[:space:]]'; }
 
-tests=$(lines tests ':!tests/data')
-code=$(lines src include tools examples bench)
+tests=$(lines tests python/tests ':!tests/data')
+code=$(lines src include tools examples bench python ':!python/tests' ':!python/requirements.txt')
 share=$((100 * tests / code))
 echo "$tests lines of tests, $code lines of code: $share %"
 if [[ $((100 * tests)) -gt $(($1 * code)) ]]; then
