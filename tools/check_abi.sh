@@ -8,7 +8,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 tools/install_packages.sh build gcc abi
 
-released=tests/abi/liboci_number.abi
+released=tests/data/liboci_number.abi
 build=build/abi
 cmake -S . -B $build -G Ninja -DCMAKE_BUILD_TYPE=Debug -DOCI_NUMBER_STATIC=OFF \
     -DOCI_NUMBER_BUILD_TESTS=OFF -DOCI_NUMBER_BUILD_BENCHMARKS=OFF -DOCI_NUMBER_BUILD_TOOL=OFF \

@@ -3,7 +3,7 @@
 # above the number given as argument. Blank lines, test data and generated tables
 # do not count, nor do fuzz targets.
 #
-#   tools/test_share.sh 36
+#   tools/test_share.sh 33
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
