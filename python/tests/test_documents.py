@@ -11,7 +11,7 @@ import pytest
 DOCS = pathlib.Path(__file__).resolve().parents[2] / "docs"
 
 
-@pytest.mark.parametrize("name", ["python.md", "duckdb.md"])
+@pytest.mark.parametrize("name", ["python.md", "duckdb.md", "parquet.md"])
 def test_document(name, tmp_path, monkeypatch):
     monkeypatch.chdir(tmp_path)
     result = doctest.testfile(str(DOCS / name), module_relative=False)
