@@ -128,6 +128,7 @@ def test_rounding_and_format():
     assert round(Number("2.675"), 2) == Decimal("2.68") == Number("2.675").round(2)
     assert Number(1234).round(-2) == 1200 and Number("-1.29").trunc(1) == Decimal("-1.3") + Decimal("0.1")
     assert Number("123.456").prec(4) == Decimal("123.5") and Number(12).shift(-3) == Decimal("0.012")
+    assert Number("1.01e36") // Number("-0.011") == -91818181818181818181818181818181818181
     assert f"{Number('1234.565'):>12,.2f}|{Number('0.125'):.2f}|{Number(7):+}" == "    1,234.57|0.13|+7"
     assert Number("-1.5").to_text("0990.00") == "-0001.50"
     assert Number.from_text("-1.5", "99.9") == Decimal("-1.5")

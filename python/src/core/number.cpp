@@ -212,8 +212,12 @@ nb::object compare(const number &a, nb::handle b) {
     return nb::bool_(results[operation]);
 }
 
-// The integer part of the quotient, as the remainder leaves it.
-number quotient(const number &a, const number &b) { return round((a - a % b) / b); }
+// The integer part of the quotient, as the remainder leaves it; rounded as a magnitude, as not all
+// digits of negative values are.
+number quotient(const number &a, const number &b) {
+    const number value = (a - a % b) / b;
+    return value < 0 ? -round(-value) : round(value);
+}
 
 nb::str format(nb::handle self, nb::str specification) {
     if (specification.attr("__len__")().equal(nb::int_(0))) return nb::str(self);
