@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Runs the benchmarks and writes their last results into the documents.
 
-    bench/report.py [BUILD_FOLDER]        default build/release
-    bench/report.py --plots               draws the plots again, from the tables as they stand
+    bench/report.py [BUILD_FOLDER [TABLE...]]   default build/release, and all tables
+    bench/report.py --plots                     draws the plots again, from the tables as they stand
 
 Writes the tables of docs/benchmarks.md (between the markers there) and the plots in
 docs/plots. Needs valgrind for the instruction counts.
@@ -158,12 +158,15 @@ def main():
         end = text.index("<!-- end -->", start)
         text = text[:start] + "\n" + content + "\n\n" + text[end:]
 
-    put("base", table(BASE, run("bench_base")))
-    put("text", table(TEXT, run("bench_text")))
-    put("columns", table(COLUMN, run("bench_column", "ns")))
-    times = run("bench_calc")
-    put("calculations", table(calculations(), times))
-    put("counts", counts())
+    tables = {
+        "base": lambda: table(BASE, run("bench_base")),
+        "text": lambda: table(TEXT, run("bench_text")),
+        "columns": lambda: table(COLUMN, run("bench_column", "ns")),
+        "calculations": lambda: table(calculations(), run("bench_calc")),
+        "counts": counts,
+    }
+    for marker in sys.argv[2:] or tables:
+        put(marker, tables[marker]())
     page.write_text(text)
     write_plots(text, ROOT / "docs/plots")
 
