@@ -2,6 +2,7 @@
 
 import doctest
 import os
+import signal
 import sys
 from decimal import Decimal
 
@@ -19,7 +20,7 @@ spark = pytest.importorskip("oci_number.spark")
 @pytest.fixture(scope="module")
 def session():
     os.environ["PYSPARK_PYTHON"] = sys.executable
-    builder = pyspark.SparkSession.builder.master("local[2]")
+    builder = pyspark.SparkSession.builder.master("local[2,3]")  # two threads, three attempts
     session = builder.config("spark.ui.enabled", "false").getOrCreate()
     session.sparkContext.setLogLevel("OFF")
     yield session
@@ -40,6 +41,22 @@ def test_sum_of_two_million_rows(session, tmp_path):
     total, ids = decoded.selectExpr("sum(amount)", "sum(id)").first()
     assert total == Decimal(sum(integers.tolist())) * Decimal("0.0001")
     assert ids == sum(range(2_000_000))
+
+
+def test_killed_tasks_change_nothing(session):
+    def kill_first_attempt(batches):
+        from pyspark import TaskContext
+        yield next(batches)
+        if TaskContext.get().attemptNumber() == 0:
+            os.kill(os.getpid(), signal.SIGKILL)
+        yield from batches
+
+    integers = range(-1000, 30_000)
+    amounts = pa.array(oci_number.encode(np.array(integers), to="binary")).to_pylist()
+    frame = session.createDataFrame([(bytes(a),) for a in amounts], "n binary").repartition(4)
+    killed = frame.mapInArrow(kill_first_attempt, frame.schema)
+    decoded = killed.transform(spark.decode("n", "decimal(38,10)"))
+    assert decoded.selectExpr("sum(n)", "count(n)").first()[:] == (sum(integers), len(integers))
 
 
 def test_refused_rows(session):
