@@ -35,10 +35,10 @@ def ten(exponent):
     return Fraction(10) ** exponent
 
 
-def below(what, left, right):
-    """left < right, both exact."""
+def below(what, left, right, equal=False):
+    """left < right, or left <= right; both exact."""
     global failures
-    if left < right:
+    if left < right or (equal and left == right):
         spare = math.log2(right / left) if left > 0 else math.inf
         print(f"{what:<66} {spare:9.1f}")
     else:
@@ -105,21 +105,44 @@ def exponential():
     below("exp, 16 limbs: an error of x as read", two(9 + OPERAND - 64 * WIDE), two(-990))
 
 
+def logarithm_missing(bits, relative):
+    """What the series leaves out for a power below 2^-bits: of the power, or absolutely."""
+    loop = r"relative \? (\d+) : (\d+)\)\) < 64 \* n \+ (\d+)\) \+\+k"
+    *more, spare = constant("elementary/ln.cpp", loop)
+    step = more[0 if relative else 1]
+
+    def missing(n):
+        k = 0
+        while bits * (k + step) < 64 * n + spare:
+            k += 1
+        base = two(-bits) * (1 + two(-28))
+        return base ** (k + (2 if relative else 3)) / (k + 3)
+    return missing
+
+
 def logarithm():
     near = constant("elementary/ln.cpp", r"near_one_bits = (\d+);")
     level = constant("elementary/ln.cpp", r"level_bits = (\d+);")
     last = max(int(shift) for shift in
                re.findall(r"ln_level<N, (\d+)>\(", (ENGINE / "elementary/ln.cpp").read_text()))
     below("ln: the series begins where the levels end", Fraction(level - 1), Fraction(last))
+    zeros = constant("elementary/ln.cpp", r"horner<N, near_one_bits - (\d+), true")
+    used = constant("elementary/ln.cpp", r"last_power\(N, near_one_bits - (\d+), true\)")
+    below("ln: x - 1 turned, and the zeros in front of it", two(-near) / (1 - two(-near)),
+          two(min(zeros, used) - near))
+    zeros = constant("elementary/ln.cpp", r"horner<N, level_bits - (\d+), true")
+    below("ln: what the levels leave, and the zeros in front of it",
+          two(-last) * (1 + two(-28)), two(zeros - level))
+    levels, distance = logarithm_missing(level, False), logarithm_missing(near - used, True)
     for n in (*TABLE_WIDTHS, 8):
-        ulps = two(OPERAND) + 5 * 2 + 2 * n + 1
+        ulps = two(OPERAND) + 5 * 2 + 2 * n + levels(n) * two(64 * n)
         below(f"ln, {n} limbs: next to 1, in a sum of 2^-{near}", ulps * two(near - 64 * n),
               two(-bits("ln", n)))
         # |k| of 2 or more: the sum is (|k| - 1) ln 2 or more, and k ln 2 is cut off |k| times.
         worst = max((ulps + k) / ((k - 1) * LN2) for k in range(2, 440))
         below(f"ln, {n} limbs: elsewhere", worst * two(-64 * n), two(-bits("ln", n)))
-        below(f"ln, {n} limbs: from x - 1", 4 * two(REAL - 64 * n) + two(OPERAND - 64 * n),
-              two(-bits("ln", n)))
+        below(f"ln, {n} limbs: from x - 1",
+              4 * two(REAL - 64 * n) + two(OPERAND - 64 * n) + distance(n), two(-bits("ln", n)))
     largest = 440 * LN2
     start = largest * two(-bits("ln", 8))
     smallest = ten(-40)  # of |ln x|, x = 1 - 10^-40
@@ -151,9 +174,10 @@ def closest_to_multiple(e, digits=40):
 def angles():
     max_operand = ten(48)
     below("angle: an operand's integer, in 3 limbs less 32 bits", max_operand, two(160))
+    beyond = constant("elementary/trig.cpp", r"W = N \+ (\d+);")
     for n in (*TABLE_WIDTHS, WIDE):
         # The table's last unit times the operand, in quarters of a turn; and what is cut off.
-        ulps = 4 * max_operand * two(-64 * 3) + 1
+        ulps = 4 * max_operand * two(-64 * beyond) + 1
         below(f"angle, {n} limbs: error of the fraction, in ulps", ulps, Fraction(2))
     degrees = constant("elementary/trig.cpp", r"degree = N == 3 \? (\d+) : (\d+);")
     quarter = PI / 2 / 2 ** 9
@@ -161,30 +185,50 @@ def angles():
         missing = quarter ** (2 * degree + 3) / math.factorial(2 * degree + 3) * 2
         ulps = 1 + 2 * 2 * n + 2 * 2 * n + 4 + missing * two(64 * n)
         below(f"sin and cos, {n} limbs", 2 * ulps * two(-64 * n), two(-bits("sin_cos", n)))
-    terms = 172
+    limit = constant("elementary/trig.cpp", r"n < (\d+); \+\+n")
+    terms = next(n for n in range(1, 256) if math.factorial(n) > 2 ** (64 * WIDE + 1))
     below("sin and cos, 16 limbs: the terms' errors", 3 * terms * two(REAL - 64 * WIDE),
           two(-bits("sin_cos", WIDE)))
-    below("sin and cos, 16 limbs: no more terms than these", Fraction(1, math.factorial(terms)),
-          two(-64 * WIDE))
+    below("sin and cos, 16 limbs: terms, and those allowed", Fraction(terms), Fraction(limit))
+    # A value is 2^(its exponent - 1) or more; a tangent has two values' errors and a division's.
+    zeros = constant("elementary/trig.cpp", r"sin_cos_bits<N> \+ v\.exp - (\d+);")
+    tangent_lost = constant("elementary/trig.cpp", r"bits\(cosine\)\) - (\d+);")
+    below("sin and cos: absolute errors made relative", Fraction(2), two(zeros), equal=True)
+    for n in (*TABLE_WIDTHS, WIDE):
+        error = two(-bits("sin_cos", n))
+        below(f"tan, {n} limbs", 2 * error * (1 + two(-100)) + two(REAL - 64 * n),
+              two(tangent_lost) * error)
     closest = min(closest_to_multiple(e) for e in range(-39, 87))
     below("angle: no number comes closer to a multiple of pi/2 than 10^-43 of pi/2", ten(-43), closest)
 
 
 def arc_tangent():
     degrees = constant("elementary/arc.cpp", r"horner<N, 47, true, N == 3 \? (\d+) : (\d+)>")
-    u = two(-24) * (1 + two(-28))
+    turns = [int(shift) for shift in
+             re.findall(r"turn<N, (\d+)>\(", (ENGINE / "elementary/arc.cpp").read_text())]
+    u = two(-turns[-1]) * (1 + two(-28))
+    below("atan: the square of what the turns leave, and the zeros in front of it", u ** 2, two(-47))
+    below("atan: a turn takes eight bits", Fraction(max(
+        b - a for a, b in zip([0] + turns, turns))), Fraction(8), equal=True)
+    arc_lost = constant("elementary/arc.cpp",
+                        r"std::min\(sqrt_bits<N>, atan_bits<N>\) - (\d+);")
+    angle_lost = constant("elementary/arc.cpp", r"return atan_bits<N> - (\d+);")
+    for n in (*TABLE_WIDTHS, WIDE):
+        # Both operands', the kernel's; the difference to pi, of which the angle is half at most.
+        below(f"angle of two operands, {n} limbs", 2 * two(OPERAND - 64 * n) + two(-bits("atan", n))
+              + 2 * two(REAL - 64 * n), two(angle_lost - bits("atan", n)))
     for n, degree in zip(TABLE_WIDTHS, degrees):
         power = 2 * degree + 5
         missing = u ** power / power * two(64 * n)
         ulps = 16 * (4 + 4 * u) + 3 + 2 * n + 8 + missing
-        below(f"atan, {n} limbs: turned, in a sum of 2^-24", ulps * two(24 - 64 * n),
+        below(f"atan, {n} limbs: turned", ulps * two(turns[-1] - 64 * n),
               two(-bits("atan", n)))
         relative = 4 * two(REAL - 64 * n) + u ** (power - 1) / power
         below(f"atan, {n} limbs: not turned", relative, two(-bits("atan", n)))
         # Above the diagonal pi/2 less the angle: at least as large, one subtraction more.
         side = two(-SQRT * n) + 2 * two(REAL - 64 * n) + two(OPERAND - 64 * n)
         below(f"asin and acos, {n} limbs", side + two(-bits("atan", n)) * 2,
-              two(2 - min(SQRT * n, bits("atan", n))))
+              two(arc_lost - min(SQRT * n, bits("atan", n))))
     start = two(10 - bits("atan", 4))
     below("atan, 16 limbs: the term after the cubic one", start ** 5, two(-bits("atan", WIDE) - 1))
     below("atan, 16 limbs: the differences' errors, of the angle",
@@ -198,6 +242,10 @@ def compositions():
     power = constant("elementary/power.cpp", r"max_exp = (\d+);")
     power_lost = constant("elementary/power.cpp", r"ln_bits<N> - max_exp - (\d+);") + power
     hyperbolic_lost = constant("elementary/hyperbolic.cpp", r"bits = exp_bits<N> - (\d+);")
+    integer_lost = constant("elementary/power.cpp", r"real_bits<3> - (\d+) - length;")
+    below("x^n, n of a length: errors of 2n + 2 products, n = 2^length - 1",
+          max((2 * 2 ** length) * (1 + two(-100)) / two(length) for length in range(1, 17)),
+          two(integer_lost))
     quotient_lost = constant("elementary/logarithm.cpp", r"quotient_bits = ln_bits<N> - (\d+);")
     for n in (*TABLE_WIDTHS, WIDE):
         ulp = two(REAL - 64 * n)
@@ -210,6 +258,11 @@ def compositions():
 
 def rounding():
     below("rounding: 40 digits, in bits", ten(40), two(UNIT_BITS))
+    errors = constant("binary/rounding.cpp", r"scale_bits<N>\) - (\d+) - unit_bits;")
+    below("rounding: the value's error and the scaling's", Fraction(2), two(errors), equal=True)
+    # With z zeros in front the distance is 2^-(z + 1) or more.
+    margin = constant("binary/rounding.cpp", r"zeros >= certain - (\d+)\)")
+    below("rounding: the error against the distance", Fraction(1), two(margin), equal=True)
     for n in (*TABLE_WIDTHS, WIDE):
         below(f"scaling, {n} limbs", (1 + 2 * n) * two(2 - 64 * n), two(SCALE - 64 * n))
     limit = constant("binary/rounding.cpp", r"exp_limit = (\d+);")
@@ -250,9 +303,14 @@ def last_pass():
 
 def ends():
     below("tiny arguments: x^2 / 2 of 10^-24, in half units of 40 digits", ten(-48), ten(-40) / 2)
-    # e^-128 and e^512 by e > 2.7182.
-    below("tanh from 64 on is 1", 2 / Fraction(27182, 10000) ** 128, ten(-40) / 2)
-    below("e^512 is out of range", ten(222), Fraction(27182, 10000) ** 512)
+    # By e > 2.7182.
+    e = Fraction(27182, 10000)
+    tangent, hyperbolic = constant("elementary/hyperbolic.cpp", r"tangent \? (\d+) : (\d+);")
+    below(f"tanh from {tangent} on is 1", 2 / e ** (2 * tangent), ten(-40) / 2)
+    power = constant("elementary/power.cpp", r"max_exp = (\d+);")
+    for limit in (constant("elementary/exp.cpp", r"magnitude_at_least\(\*operand, (\d+)\)"),
+                  hyperbolic, 2 ** power):
+        below(f"e^{limit} is out of range, half of it, too", ten(128) * 2, e ** limit)
 
 
 for part in (exponential, logarithm, angles, arc_tangent, compositions, rounding, last_pass, ends):

@@ -10,8 +10,6 @@ it; programs stay there as "program.c" and "program". A comment in front of a bl
     <!-- not run: why -->
     <!-- run by FILE -->        a script that has each of these commands in it
     <!-- with: FILE -->         in front of a fragment: what stands around it
-
-DOCUMENTS_TEST_SANITIZE: sessions with the tool only, as programs would need the sanitizer.
 """
 import os
 import re
@@ -23,7 +21,6 @@ import unittest
 from pathlib import Path
 
 SOURCE, BUILD, LIBDIR = Path(sys.argv.pop(1)), Path(sys.argv.pop(1)), sys.argv.pop(1)
-SANITIZE = bool(os.environ.get("DOCUMENTS_TEST_SANITIZE"))
 PAGES = [*SOURCE.glob("*.md"), *sorted(SOURCE.glob("docs/*.md"))]
 PROGRAMS = {"c": ["c", [os.environ.get("CC", "cc"), "-std=c99"]],
             "cpp": ["cpp", [os.environ.get("CXX", "c++"), "-std=c++17"]]}
@@ -121,8 +118,6 @@ class Documents(unittest.TestCase):
             return  # the Python package's tests run these
         if block.text.startswith("$ "):
             self.session(block.text, folder)
-        elif SANITIZE:
-            return
         elif block.language in PROGRAMS:
             text = block.text
             if block.mark.startswith("with: "):
@@ -167,7 +162,6 @@ class Documents(unittest.TestCase):
                         output = outputs.get(block)
                         self.run_block(block, output and output.text, folder)
 
-    @unittest.skipIf(SANITIZE, "programs without the sanitizer")
     def test_programs_of_the_headers(self):
         count = 0
         for header in sorted((SOURCE / "include").glob("*.h*")):

@@ -12,7 +12,7 @@ constexpr int near_one_bits = 28;
 constexpr int level_bits = 35;  // what the five table levels leave
 
 // The highest power in the sum 1/2 - r/3 + r^2/4 - ... of ln(1+r) = r - r^2 * sum for
-// the first missing term r^(k+3)/(k+4) to stay below 2^-64N, or 2^-64N r.
+// the first missing term r^(k+3)/(k+3) to stay below 2^-64N, or 2^-64N r.
 constexpr int last_power(int n, int bits, bool relative) {
     int k = 0;
     while (bits * (k + (relative ? 2 : 3)) < 64 * n + 2) ++k;
