@@ -126,6 +126,7 @@ def test_floats_and_integers():
     assert decoded.tolist() == integers.tolist() and decoded.dtype == np.int64
 
 
+LONG = pa.chunked_array([[b"\xc1\x02"], [b"\xc1" * 30]], pa.binary())
 BAD = pa.chunked_array([[b"\xc1\x02"], [b"\xc1\x02", b"\xc1\x65", None]], pa.binary())
 
 
@@ -135,6 +136,8 @@ BAD = pa.chunked_array([[b"\xc1\x02"], [b"\xc1\x02", b"\xc1\x65", None]], pa.bin
         (lambda: oci_number.decode(BAD, to="float64"), 2, b"\xc1\x65", "no number"),
         (lambda: oci_number.sum(BAD), 2, b"\xc1\x65", "no number"),
         (lambda: oci_number.max(BAD), 2, b"\xc1\x65", "no number"),
+        (lambda: oci_number.decode(BAD, to="string"), 2, b"\xc1\x65", "no number"),
+        (lambda: oci_number.add(LONG, [1, 2]), 1, b"\xc1" * 30, "21 bytes"),
         (lambda: oci_number.decode(BAD[:2], to="decimal(38, 38)"), 0, b"\xc1\x02", "large"),
         (lambda: oci_number.decode([5, Number("0.25")], to="decimal(9, 1)"), 1,
          b"\x02\xc0\x1a", "places"),
@@ -151,6 +154,8 @@ def test_a_refused_row_is_named(call, row, data, reason):
     assert str(error).startswith(f"row {row}: {error.reason} (")
     with pytest.raises(RowError, match=r"row 1: .*zero.* \(02 c1 06 and 01 80\)"):
         oci_number.div([1, 5], [1, 0])
+    with pytest.raises(RowError, match=r"\((78 ){39}78\.\.\. of 9000 bytes\)$"):
+        oci_number.sum(pa.array([b"x" * 9000]))
 
 
 @pytest.mark.parametrize("call, error", [
@@ -172,7 +177,10 @@ def test_a_refused_row_is_named(call, row, data, reason):
         [pa.array([b"\x80"])], ["n"], mask=pa.array([True])), to="int64"), TypeError),
     (lambda: oci_number.add([1], [1, 2]), ValueError),
     (lambda: oci_number.add(1, 2), TypeError),
+    (lambda: oci_number.encode(pa.DictionaryArray.from_arrays(
+        pa.array([0, 0]), pa.array(["5"]))), TypeError),
     (lambda: np.asarray(oci_number.decode([None], to="int64")), ValueError),
+    (lambda: np.asarray(oci_number.decode([1], to="decimal(9, 2)")), TypeError),
 ])
 def test_errors(call, error):
     with pytest.raises(error):

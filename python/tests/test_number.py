@@ -8,6 +8,7 @@ import pickle
 from decimal import Decimal
 from fractions import Fraction
 
+import numpy as np
 import pytest
 from hypothesis import given
 from hypothesis import strategies as st
@@ -45,7 +46,7 @@ def test_arithmetic_is_rounded_once(a, b):
         assert x / y == rounded(WIDE.divide(a, b))
         assert x % y == rounded(WIDE.remainder(a, b))
         if abs(q := WIDE.divide_int(a, b)) < 10**38:
-            assert x // y == q
+            assert x // y == q and divmod(x, b) == (q, x % y)
 
 
 @given(st.decimals(allow_nan=False) | st.integers() | st.fractions() | values)
@@ -149,6 +150,7 @@ def test_rounding_and_format():
         (lambda: Number(Decimal("nan")), ValueError),
         (lambda: Number(float("nan")), ValueError),
         (lambda: Number("12x"), ValueError),
+        (lambda: Number("\ud800"), ValueError),
         (lambda: Number(b"1"), TypeError),
         (lambda: Number(1) + 0.5, TypeError),
         (lambda: Number(1) < "2", TypeError),
@@ -165,6 +167,9 @@ def test_a_value_among_values():
     assert isinstance(n, numbers.Number) and not Number(0) and Number("1e-128")
     assert {Number(7): "seven"}[7] == {Decimal("2.5"): 1}[Number("2.5")] * "seven"
     assert n != "0.1" and n != None  # noqa: E711
+    five = np.int64(5)
+    assert Number(five) == five == Number(5) and Number(5) * five == 25 and Number(4) < five
+    assert Number(np.uint64(2**64 - 1)) == 2**64 - 1
     assert sum([Number("0.1")] * 3) == Decimal("0.3") and math.trunc(Number("-2.7")) == -2
     with pytest.raises(AttributeError):
         n.value = 1

@@ -65,6 +65,10 @@ def test_refused_rows(session):
     assert [r.n for r in decoded.collect()] == [1.0, None, None]
     with pytest.raises(Exception, match=r"row \d: bytes that are no number \(c1 65\)"):
         frame.transform(spark.decode("n", "bigint")).collect()
+    long = frame.limit(1).transform(spark.decode("n", "LONG"))
+    assert long.schema.simpleString() == "struct<n:bigint>" and long.first().n == 1
+    with pytest.raises(TypeError, match="date"):
+        frame.transform(spark.decode("n", "date"))
     with pytest.raises(ValueError, match="no column m"):
         frame.transform(spark.decode("m", "bigint"))
 

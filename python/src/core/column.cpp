@@ -61,7 +61,8 @@ nb::dict export_buffer(const Column &column) {
         case OCI_NUMBER_INT64: type = "<i8"; break;
         case OCI_NUMBER_DOUBLE: type = "<f8"; break;
         case OCI_NUMBER_ORDER: type = "|i1"; break;
-        default: throw nb::attribute_error("a column without NumPy type");
+        // As an attribute that is missing it would end up in an array of one object.
+        default: throw nb::type_error("a column without NumPy type");
     }
     if (column.storage->nulls > 0) throw nb::value_error("a column with nulls is no NumPy array");
     nb::dict interface;

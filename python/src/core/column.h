@@ -43,7 +43,7 @@ public:
 
     const std::vector<oci_number_column> &parts() const { return parts_; }
     size_t length() const;
-    // The part of a row, which becomes the row in it.
+    // The part of a row as it was given, which becomes the row in it.
     const oci_number_column &part_of(size_t &row) const;
     // Makes one part of all, which hold numbers.
     void join();
@@ -57,6 +57,7 @@ private:
     void take_sequence(nb::handle object);
 
     std::vector<oci_number_column> parts_;
+    std::vector<oci_number_column> joined_;  // what was made one part of
     std::vector<nb::object> capsules_;
     std::vector<ArrowArray> arrays_;
     std::vector<Memory> memory_;

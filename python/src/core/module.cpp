@@ -3,6 +3,7 @@
 
 NB_MODULE(_core, module) {
     module.doc() = "What the package is made of; import oci_number instead.";
+    module.attr("version") = OCI_NUMBER_VERSION;
     // What modules still hold when the interpreter ends is no fault.
     nb::set_leak_warnings(false);
     nb::register_exception_translator([](const std::exception_ptr &failure, void *) {

@@ -27,6 +27,7 @@ namespace {
 // Types of Python's library, for as long as the process lives.
 struct Types {
     nb::object decimal = nb::module_::import_("decimal").attr("Decimal");
+    nb::object integral = nb::module_::import_("numbers").attr("Integral");
     nb::object rational = nb::module_::import_("numbers").attr("Rational");
 };
 const Types &types() {
@@ -44,7 +45,18 @@ bool is_instance(nb::handle object, const nb::object &type) noexcept {
 
 // ---- From Python's values
 
-std::string text_of(nb::handle object) { return nb::cast<std::string>(nb::str(object)); }
+std::string text_of(nb::handle object) {
+    Py_ssize_t size = 0;
+    const nb::str text(object);
+    const char *const characters = PyUnicode_AsUTF8AndSize(text.ptr(), &size);
+    if (characters == nullptr) throw nb::python_error();
+    return {characters, static_cast<size_t>(size)};
+}
+
+// NumPy's integers, for one, are no ints.
+nb::object to_index(nb::handle object) {
+    return nb::steal(nb::detail::raise_if_null(PyNumber_Index(object.ptr())));
+}
 
 // Text of a finite value that is known to be a number.
 number from_digits(const std::string &text) {
@@ -196,8 +208,11 @@ nb::object compare(const number &a, nb::handle b) {
         value = nb::cast<const number &>(b);
     } else if (PyLong_Check(b.ptr())) {
         value = PyLong_AsLongLongAndOverflow(b.ptr(), &overflow);
-    } else if (PyFloat_Check(b.ptr()) || is_instance(b, types().decimal) ||
-               is_instance(b, types().rational)) {
+    } else if (PyFloat_Check(b.ptr()) || is_instance(b, types().decimal)) {
+        overflow = 1;
+    } else if (is_instance(b, types().integral)) {
+        return compare<operation>(a, to_index(b));
+    } else if (is_instance(b, types().rational)) {
         overflow = 1;
     } else {
         return nb::borrow(Py_NotImplemented);
@@ -256,12 +271,14 @@ number unary(const number &x) {
 
 bool is_operand(nb::handle object) noexcept {
     return PyLong_Check(object.ptr()) || nb::isinstance<number>(object) ||
-           is_instance(object, types().decimal);
+           is_instance(object, types().decimal) || is_instance(object, types().integral);
 }
 
 number Operand::value() const {
     if (nb::isinstance<number>(object)) return nb::cast<const number &>(object);
-    return PyLong_Check(object.ptr()) ? from_int(object) : from_decimal(object);
+    if (PyLong_Check(object.ptr())) return from_int(object);
+    if (is_instance(object, types().decimal)) return from_decimal(object);
+    return from_int(to_index(object));
 }
 
 void bind_number(nb::module_ &module) {
@@ -366,6 +383,16 @@ void bind_number(nb::module_ &module) {
     type.def(
         "__rfloordiv__", [](const number &a, Operand b) { return quotient(b.value(), a); },
         nb::is_operator());
+    type.def(
+        "__divmod__",
+        [](const number &a, Operand b) {
+            const number divisor = b.value();
+            return nb::make_tuple(quotient(a, divisor), a % divisor);
+        },
+        nb::is_operator(),
+        nb::sig("def __divmod__(self, other: Number | int | decimal.Decimal, /) -> "
+                "tuple[Number, Number]"),
+        "What // and % give.");
     type.def("__pow__", forward<oci::pow>, nb::is_operator());
     type.def("__rpow__", backward<oci::pow>, nb::is_operator());
     type.def("__neg__", unary<oci::neg>);

@@ -86,9 +86,10 @@ size_t Source::length() const {
 }
 
 const oci_number_column &Source::part_of(size_t &row) const {
+    const auto &parts = joined_.empty() ? parts_ : joined_;
     size_t i = 0;
-    while (row >= parts_[i].length) row -= parts_[i++].length;
-    return parts_[i];
+    while (row >= parts[i].length) row -= parts[i++].length;
+    return parts[i];
 }
 
 void Source::join() {
@@ -118,7 +119,7 @@ void Source::join() {
         }
         row += part.length;
     }
-    parts_ = {all};
+    joined_ = std::exchange(parts_, {all});
 }
 
 // ---- Arrow
@@ -140,6 +141,7 @@ void Source::take_array(const ArrowSchema *schema, const ArrowArray *array) {
         schema = schema->children[0];
         array = &child;
     }
+    if (schema->dictionary != nullptr) refuse_type("a dictionary; cast it to its values");
     const std::string format = schema->format;
     if (format == "vz" || format == "vu") return take_views(*array, format == "vu");
     oci_number_column column;

@@ -25,9 +25,9 @@ from ._columns import (
     trunc,
 )
 from ._core import Column, Number, pi
+from ._core import version as __version__
 from ._errors import RowError
 
-__version__ = "0.1.0"
 __all__ = [
     "Column",
     "Number",

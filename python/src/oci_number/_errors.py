@@ -1,6 +1,13 @@
 """What a refused row is reported by."""
 
 
+def _shown(value: bytes, is_text: bool) -> str:
+    # A row that is no number may be of any length.
+    start = value[:40]
+    rest = f"... of {len(value)} bytes" if len(value) > len(start) else ""
+    return (repr(start) if is_text else start.hex(" ")) + rest
+
+
 class RowError(ValueError):
     """A row without result, in a call with on_error="raise".
 
@@ -26,5 +33,5 @@ class RowError(ValueError):
         return self.operands[0]
 
     def __str__(self) -> str:
-        shown = [repr(o) if self.args[3] else o.hex(" ") for o in self.operands]
+        shown = [_shown(o, self.args[3]) for o in self.operands]
         return f"row {self.row}: {self.reason} ({' and '.join(shown)})"

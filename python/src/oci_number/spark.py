@@ -28,14 +28,18 @@ def decode(
     """
     name = type if isinstance(type, str) else type.simpleString()
 
-    def batches(rows: Iterator[pa.RecordBatch]) -> Iterator[pa.RecordBatch]:
-        for batch in rows:
-            at = batch.schema.get_field_index(column)
-            values = pa.array(_columns.decode(batch.column(at), to=name, on_error=on_error))
-            yield batch.set_column(at, pa.field(column, values.type), values)
-
     def transform(frame: DataFrame) -> DataFrame:
         target = cast(StructType, StructType.fromDDL(f"value {name}"))[0].dataType
+        # The name that all of the type's names stand for, and refused here if it is none.
+        to = target.simpleString()
+        _columns._form(to)
+
+        def batches(rows: Iterator[pa.RecordBatch]) -> Iterator[pa.RecordBatch]:
+            for batch in rows:
+                at = batch.schema.get_field_index(column)
+                values = pa.array(_columns.decode(batch.column(at), to=to, on_error=on_error))
+                yield batch.set_column(at, pa.field(column, values.type), values)
+
         fields = [StructField(column, target) if f.name == column else f for f in frame.schema]
         if all(f.name != column for f in frame.schema):
             raise ValueError(f"no column {column}")
