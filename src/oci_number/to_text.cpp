@@ -232,8 +232,9 @@ extern "C" sword OCINumberToText(OCIError *err, const OCINumber *number, const O
         status = OCINumberError22065(err);
     } else if (nls_params != nullptr || nls_p_length != 0) {
         constexpr const char *refused = "nls_param is not support, nls_params:%p, nls_p_length:%d";
-        QZOCI_LOG_DEBUG(refused, nls_params, nls_length_shown);
-        status = OCINumberSetError(err, internal_failure, refused, nls_params, nls_length_shown);
+        const void *const shown = nls_params;
+        QZOCI_LOG_DEBUG(refused, shown, nls_length_shown);
+        status = OCINumberSetError(err, internal_failure, refused, shown, nls_length_shown);
     } else {
         status = OCINumberToTextChecked(err, number, fmt, fmt_length, buf_size, buf);
     }
