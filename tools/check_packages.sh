@@ -106,7 +106,8 @@ for way in -DFOLDER="$(echo "$scratch"/oci-number-*)" -DARCHIVE="$(echo "$PWD"/b
     cmake --build "$parent" -j "$(nproc)" >/dev/null
     "$parent/use_static" && (cd "$parent/examples" && ctest -Q --no-tests=error) ||
         fail "the programs of the parent project fail (${way%%=*})"
-    if find "$parent" -name 'ocinumber' -o -name '*_tests' -o -name 'bench_*' | grep .; then
+    if find "$parent" -path '*-src' -prune -o \
+        \( -name 'ocinumber' -o -name '*_tests' -o -name 'bench_*' \) -print | grep .; then
         fail "more than the library was built for the parent project (${way%%=*})"
     fi
     if find "$parent" -path "$parent/examples" -prune -o -name cmake_install.cmake -print0 |
