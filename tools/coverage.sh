@@ -17,6 +17,9 @@ src/oci_calc_number/elementary/kernels.h    computed by the compiler
 src/oci_calc_number/elementary/ln.cpp       computed by the compiler
 src/oci_calc_number/elementary/trig.cpp     nothing remains at a width: beyond the operands allowed
 src/oci_handle.cpp                          the end of the process, behind the counters; a race
+src/oci_number/round.cpp                    records below the range, which no function leaves
+src/oci_number_column/to_bytes.cpp          refusals of keys that their callers make first
+src/oci_number_column/window.h              computed by the compiler
 src/oci_number/log_int_power.cpp            failures that the engine does not have for these records
 src/oci_number/to_real.cpp                  failures that checked texts do not have
 src/oci_utils/natural.h                     powers beyond those of the real types

@@ -1,4 +1,5 @@
 // What columns take: room, lengths and offsets that lie, calls that are refused.
+#include <set>
 #include <thread>
 
 #include "oci_number_column/columns.h"
@@ -189,6 +190,15 @@ TEST(ColumnLimits, PartsInPlace) {
         ASSERT_EQ(results[i], adds ? value_bytes(sum) : Bytes{0});
     }
     take_log();
+}
+
+TEST(ColumnLimits, ReasonsHaveWords) {
+    std::set<std::string> words;
+    for (int reason = OCI_NUMBER_DONE; reason <= OCI_NUMBER_NO_VALUE; ++reason) {
+        words.insert(oci_number_reason_text(static_cast<oci_number_reason>(reason)));
+    }
+    EXPECT_EQ(words.size(), OCI_NUMBER_NO_VALUE + 1u);
+    EXPECT_FALSE(words.contains("unknown"));
 }
 
 }  // namespace
